@@ -1,0 +1,99 @@
+#include "common/ProgramFolder.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+#include <QStandardPaths>
+
+namespace corvalent::ProgramFolder {
+
+namespace {
+
+QString configuredPath()
+{
+    const QString home = qEnvironmentVariable("CORVALENT_HOME");
+    if (!home.isEmpty())
+        return QDir::cleanPath(home);
+#ifdef Q_OS_WIN
+    return QCoreApplication::applicationDirPath();
+#else
+    QString dataHome = qEnvironmentVariable("XDG_DATA_HOME");
+    if (dataHome.isEmpty())
+        dataHome = QDir::homePath() + QStringLiteral("/.local/share");
+    return QDir::cleanPath(dataHome + QStringLiteral("/corvalent"));
+#endif
+}
+
+bool isMissingOrEmpty(const QString& folder)
+{
+    const QDir dir(folder);
+    return !dir.exists() || dir.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
+}
+
+} // namespace
+
+QString join(const QString& folder, const QString& name)
+{
+    if (folder.endsWith(QDir::separator()) || folder.endsWith(QLatin1Char('/')))
+        return folder + name;
+    return folder + QDir::separator() + name;
+}
+
+QString seedSource()
+{
+    QStringList candidates;
+    if (QCoreApplication::instance())
+        candidates << QCoreApplication::applicationDirPath() + QStringLiteral("/../share/corvalent");
+    candidates << QStringLiteral(CORVALENT_INSTALL_DATADIR) << QStringLiteral(CORVALENT_SOURCE_DATADIR);
+    for (const QString& candidate : candidates) {
+        if (QFileInfo::exists(candidate + QStringLiteral("/Settings.ini")))
+            return QDir::cleanPath(candidate);
+    }
+    return QString();
+}
+
+bool seed(const QString& target, const QString& source)
+{
+    if (!QDir().mkpath(target))
+        return false;
+    bool ok = true;
+    QDirIterator it(source, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString from = it.next();
+        const QString relative = QDir(source).relativeFilePath(from);
+        if (relative == QStringLiteral("CMakeLists.txt"))
+            continue;
+        const QString to = join(target, relative);
+        if (QFileInfo::exists(to))
+            continue;
+        ok = QDir().mkpath(QFileInfo(to).absolutePath()) && ok;
+        // A copy keeps the installed file's read-only bits; the user's copy must be theirs to edit.
+        if (QFile::copy(from, to))
+            QFile::setPermissions(to, QFile::permissions(to) | QFile::WriteOwner | QFile::ReadOwner);
+        else
+            ok = false;
+    }
+    return ok;
+}
+
+QString path()
+{
+    static QSet<QString> seeded;
+    const QString folder = configuredPath();
+    if (!seeded.contains(folder)) {
+        seeded.insert(folder);
+        if (isMissingOrEmpty(folder)) {
+            const QString source = seedSource();
+            if (source.isEmpty())
+                QDir().mkpath(folder);
+            else
+                seed(folder, source);
+        }
+    }
+    return folder;
+}
+
+} // namespace corvalent::ProgramFolder

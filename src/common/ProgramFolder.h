@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+namespace corvalent::ProgramFolder {
+
+// The program's own folder, where Settings.ini, Presets, country files and the POST page live:
+// $CORVALENT_HOME when set, otherwise $XDG_DATA_HOME/corvalent. A folder that does not exist yet, or is empty,
+// is created and seeded from the installed data first.
+QString path();
+
+// The installed data a new program folder is seeded from ("" when none is found).
+QString seedSource();
+
+// Copies every file of `source` (recursively) into `target` that is not there yet; never overwrites.
+// Answers false when a copy failed.
+bool seed(const QString& target, const QString& source);
+
+// Joins a folder and a name with the platform's separator.
+QString join(const QString& folder, const QString& name);
+
+} // namespace corvalent::ProgramFolder

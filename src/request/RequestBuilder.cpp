@@ -1,0 +1,60 @@
+#include "request/RequestBuilder.h"
+
+#include "common/ProgramFolder.h"
+#include "request/CountryMapping.h"
+#include "request/TextTransforms.h"
+#include "services/IniLib.h"
+#include "services/ServiceCatalogue.h"
+
+namespace corvalent {
+
+namespace {
+
+QString readService(const QString& serviceFile, const QString& key)
+{
+    return GetKeyValue(kServiceSection, key, QString(), QString(), QString(), serviceFile);
+}
+
+} // namespace
+
+CountryFileResolution ResolveCountryFile(const QString& serviceFile)
+{
+    CountryFileResolution r;
+    r.value = readService(serviceFile, QStringLiteral("CountryFile"));
+    if (!r.value.isEmpty()) {
+        r.fullPath = ProgramFolder::join(ProgramFolder::path(), r.value);
+        r.exists = FolderFileExists(r.fullPath);
+    }
+    return r;
+}
+
+std::optional<QString> RequestVariable(const QString& serviceFile, int row)
+{
+    QString name = readService(serviceFile, QStringLiteral("V%1").arg(row));
+    if (name.isEmpty())
+        return std::nullopt;
+    if (name.startsWith(QLatin1Char('&')))
+        name.remove(0, 1);
+    return name;
+}
+
+QString BuildRequest(const QString& serviceFile, const FieldTexts& fields, const QString& countryFilePath)
+{
+    QString request = readService(serviceFile, QStringLiteral("URL"));
+    if (!request.startsWith(QLatin1String("http://"), Qt::CaseInsensitive))
+        request.prepend(QLatin1String("http://"));
+
+    for (int row = 0; row < kFieldRows; ++row) {
+        const auto name = RequestVariable(serviceFile, row);
+        if (!name || fields[row].isEmpty())
+            continue;
+        if (!request.endsWith(QLatin1Char('?')))
+            request += QLatin1Char('&');
+        const QString value = row == kCountryRow ? Get_Country(fields[kCountryRow], countryFilePath, serviceFile)
+                                                 : Remove_Accents(fields[row]);
+        request += *name + QLatin1Char('=') + value;
+    }
+    return request;
+}
+
+} // namespace corvalent

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QString>
+#include <array>
+#include <source_location>
+
+namespace corvalent {
+
+inline constexpr int kFieldRows = 10;
+inline constexpr int kCustomRows = 3; // rows 7, 8 and 9 carry their own captions
+
+// Pseudo-field codes a service row may name instead of a contact field.
+namespace FieldCode {
+constexpr int None = 0;
+constexpr int StreetNumber = 777;         // "->Street number"
+constexpr int AddressWithoutNumber = 778; // "->Address w/o Street number"
+constexpr int CityState = 779;            // "->City, State"
+constexpr int PhoneNumbers = 888;         // "->Phone Numbers"
+} // namespace FieldCode
+
+// Service types, the values of the Base key.
+namespace ServiceBase {
+constexpr int None = -1; // no type chosen: Base is not written
+constexpr int Address = 0;
+constexpr int Phone = 1;
+constexpr int Other = 2;
+} // namespace ServiceBase
+
+// The section every key of a service file lives in.
+inline const QString kServiceSection = QStringLiteral("Settings");
+
+// Service names may hold "."; file names and the Name key hold "~" in their place, because the first "." of a
+// file name would be taken for the start of its extension.
+QString StoredName(const QString& displayName);
+QString DisplayName(const QString& storedName);
+QString ServiceFilePath(const QString& presetsFolder, const QString& displayName);
+
+// A service as the editor writes it.
+struct ServiceDefinition {
+    QString name; // display name
+    QString url;
+    int base = ServiceBase::None;
+    QString countryFile;
+    QString defaultCountry;
+    std::array<int, kFieldRows> fields{};
+    std::array<QString, kFieldRows> phoneFormats; // written only for rows whose field is PhoneNumbers
+    std::array<QString, kFieldRows> variables;
+    std::array<QString, kCustomRows> labels{QStringLiteral("Custom1"), QStringLiteral("Custom2"),
+                                            QStringLiteral("Custom3")};
+};
+
+// Reads every key with the readers' defaults.
+ServiceDefinition ReadServiceDefinition(const QString& path);
+
+// Creates the file afresh and writes every key in the documented order. Answers false when a write failed.
+bool WriteNewService(const QString& path, const ServiceDefinition& service);
+
+// Writes every key into the existing file without truncating it, so keys no longer written (a PhFormat of a row
+// that is no longer a phone row) stay and do no harm. When the name changed, the file is first copied to its
+// new name and the old one deleted; `path` is then set to the new file. An existing file of the new name is never
+// overwritten: that raises "File already exists" (58).
+bool SaveEditedService(QString& path, const ServiceDefinition& service,
+                       std::source_location at = std::source_location::current());
+
+} // namespace corvalent

@@ -1,0 +1,209 @@
+#include "tool/ToolCommands.h"
+
+#include "common/ProgramFolder.h"
+#include "common/Windows1252.h"
+#include "prefs/SettingsFile.h"
+#include "request/Go.h"
+#include "request/PostPage.h"
+#include "services/IniLib.h"
+#include "services/ServiceCatalogue.h"
+#include "services/ServiceDefinition.h"
+
+#include <QFileInfo>
+
+#include <cstdio>
+#include <optional>
+
+namespace corvalent::tool {
+
+namespace {
+
+// Splits "--name value" options from positional arguments. Answers nullopt (after saying why) on an unknown
+// option or one without its value.
+struct Parsed {
+    QStringList positional;
+    QList<std::pair<QString, QString>> options;
+    std::optional<QString> option(const QString& name) const
+    {
+        for (const auto& [n, v] : options) {
+            if (n == name)
+                return v;
+        }
+        return std::nullopt;
+    }
+};
+
+std::optional<Parsed> parse(const QStringList& args, const QStringList& known, Output io)
+{
+    Parsed parsed;
+    for (int i = 0; i < args.size(); ++i) {
+        const QString& arg = args.at(i);
+        if (arg == QLatin1String("--")) {
+            parsed.positional << args.mid(i + 1);
+            break;
+        }
+        if (arg.startsWith(QLatin1String("--"))) {
+            const QString name = arg.mid(2);
+            if (!known.contains(name)) {
+                io.err << "corvalent-tool: unknown option " << arg << "\n";
+                return std::nullopt;
+            }
+            if (i + 1 >= args.size()) {
+                io.err << "corvalent-tool: option " << arg << " needs a value\n";
+                return std::nullopt;
+            }
+            parsed.options.append({name, args.at(++i)});
+            continue;
+        }
+        parsed.positional << arg;
+    }
+    return parsed;
+}
+
+int wrongArguments(Output io, const char* synopsis)
+{
+    io.err << "corvalent-tool: usage: corvalent-tool " << synopsis << "\n";
+    return kUsage;
+}
+
+// A service named on the command line: a file path as given, or a service of the Presets folder by its file name
+// or its display name.
+QString findService(const QString& name)
+{
+    if (QFileInfo(name).isFile())
+        return name;
+    if (name.contains(QLatin1Char('/')))
+        return QString();
+    const QString folder = PresetsDir();
+    for (const QString& candidate : {name, name + QStringLiteral(".isf"), StoredName(name) + QStringLiteral(".isf")}) {
+        const QString path = ProgramFolder::join(folder, candidate);
+        if (QFileInfo(path).isFile())
+            return path;
+    }
+    return QString();
+}
+
+} // namespace
+
+QString usage()
+{
+    return QStringLiteral(
+        "Usage:\n"
+        "  corvalent-tool ini get SECTION KEY [--default D] [--type T] [--fail F] FILE\n"
+        "  corvalent-tool ini set SECTION KEY VALUE FILE\n"
+        "  corvalent-tool request SERVICE [--field N=TEXT]...\n"
+        "  corvalent-tool services [FOLDER]\n"
+        "\n"
+        "ini get/set   read or write one key with the program's own INI rules; FILE \"\" is Settings.ini\n"
+        "request       print the address GO would open for SERVICE (a .isf file, or a service of the Presets\n"
+        "              folder by name) with the field rows N (0-9) set to TEXT; for the postal lookup, print the\n"
+        "              POST page instead\n"
+        "services      list the services of FOLDER (default: the Presets folder) by display name\n"
+        "\n"
+        "Exit codes: 0 done, 1 failed (a message says why), 2 wrong command line.\n");
+}
+
+int iniGet(const QStringList& args, Output io)
+{
+    const char* synopsis = "ini get SECTION KEY [--default D] [--type T] [--fail F] FILE";
+    const auto p = parse(args, {QStringLiteral("default"), QStringLiteral("type"), QStringLiteral("fail")}, io);
+    if (!p)
+        return kUsage;
+    if (p->positional.size() != 3)
+        return wrongArguments(io, synopsis);
+    io.out << GetKeyValue(p->positional[0], p->positional[1], p->option(QStringLiteral("default")).value_or(QString()),
+                          p->option(QStringLiteral("type")).value_or(QString()),
+                          p->option(QStringLiteral("fail")).value_or(QString()), p->positional[2])
+           << "\n";
+    return kOk;
+}
+
+int iniSet(const QStringList& args, Output io)
+{
+    const auto p = parse(args, {}, io);
+    if (!p)
+        return kUsage;
+    if (p->positional.size() != 4)
+        return wrongArguments(io, "ini set SECTION KEY VALUE FILE");
+    QString file = p->positional[3];
+    const QString& value = p->positional[2];
+    if (value.contains(QLatin1Char('\n')) || value.contains(QLatin1Char('\r'))) {
+        io.err << "corvalent-tool: a value cannot hold a line break\n";
+        return kFailed;
+    }
+    if (!WriteKeyValue(p->positional[0], p->positional[1], value, file)) {
+        io.err << "corvalent-tool: could not write " << file << "\n";
+        return kFailed;
+    }
+    return kOk;
+}
+
+int request(const QStringList& args, Output io)
+{
+    const char* synopsis = "request SERVICE [--field N=TEXT]...";
+    const auto p = parse(args, {QStringLiteral("field")}, io);
+    if (!p)
+        return kUsage;
+    if (p->positional.size() != 1)
+        return wrongArguments(io, synopsis);
+
+    FieldTexts fields;
+    for (const auto& [name, value] : p->options) {
+        const qsizetype eq = value.indexOf(QLatin1Char('='));
+        bool ok = false;
+        const int row = eq > 0 ? value.left(eq).toInt(&ok) : -1;
+        if (!ok || row < 0 || row >= kFieldRows) {
+            io.err << "corvalent-tool: --field wants N=TEXT with N from 0 to 9, not \"" << value << "\"\n";
+            return kUsage;
+        }
+        fields[row] = value.mid(eq + 1);
+    }
+
+    const QString service = findService(p->positional[0]);
+    if (service.isEmpty()) {
+        io.err << "corvalent-tool: no service file " << p->positional[0] << " (looked in " << PresetsDir() << ")\n";
+        return kFailed;
+    }
+
+    const GoPlan plan = PlanGo(service, fields);
+    switch (plan.kind) {
+    case GoPlan::Kind::Get:
+        io.out << plan.address << "\n";
+        return kOk;
+    case GoPlan::Kind::Post:
+        // The page exactly as it would be written: its own code page and line breaks.
+        io.out.flush();
+        {
+            const QByteArray page = PostPageContent(service, fields);
+            std::fwrite(page.constData(), 1, size_t(page.size()), stdout);
+        }
+        return kOk;
+    case GoPlan::Kind::NoUrl:
+        io.err << kNoUrlMessage << "\n";
+        return kFailed;
+    case GoPlan::Kind::MissingCountryFile:
+        io.err << kMissingCountryFileMessage << " (" << ProgramFolder::join(ProgramFolder::path(), plan.countryFilePath)
+               << ")\n";
+        return kFailed;
+    }
+    return kFailed;
+}
+
+int services(const QStringList& args, Output io)
+{
+    const auto p = parse(args, {}, io);
+    if (!p)
+        return kUsage;
+    if (p->positional.size() > 1)
+        return wrongArguments(io, "services [FOLDER]");
+    const QString folder = p->positional.isEmpty() ? PresetsDir() : p->positional[0];
+    if (!FolderFileExists(folder)) {
+        io.err << "corvalent-tool: no folder " << folder << "\n";
+        return kFailed;
+    }
+    for (const QString& name : ServiceListEntries(folder, false))
+        io.out << name << "\n";
+    return kOk;
+}
+
+} // namespace corvalent::tool
