@@ -7,6 +7,10 @@
 #include <filesystem>
 #include <system_error>
 
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
+
 namespace corvalent {
 
 namespace fs = std::filesystem;
@@ -16,16 +20,36 @@ namespace {
 constexpr int kMaxEntries = 64;
 // File systems stamp modification times with a coarse clock; a file whose stamp is this close to the moment it
 // was parsed may change again without its stamp or size moving.
-constexpr auto kRacyWindow = std::chrono::seconds(2);
+constexpr std::int64_t kRacyWindowNs = 2'000'000'000;
 
+// What identifies one version of a file: a file replaced by rename gets a new inode, a file written in place a new
+// size or modification time.
 struct Stamp {
     std::uintmax_t size = 0;
-    fs::file_time_type modified;
+    std::int64_t modifiedNs = 0;
+    std::uint64_t inode = 0;
     bool operator==(const Stamp&) const = default;
 };
 
+std::int64_t nowNs()
+{
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(
+               std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
+
 bool stampOf(const QString& path, Stamp& stamp)
 {
+#ifdef Q_OS_UNIX
+    // One stat call: a cached read costs little more than this.
+    struct stat st {};
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0 || !S_ISREG(st.st_mode))
+        return false;
+    stamp.size = std::uintmax_t(st.st_size);
+    stamp.modifiedNs = std::int64_t(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
+    stamp.inode = std::uint64_t(st.st_ino);
+    return true;
+#else
     std::error_code ec;
     const fs::path p = fs::path(path.toStdU16String());
     if (!fs::is_regular_file(p, ec))
@@ -33,8 +57,14 @@ bool stampOf(const QString& path, Stamp& stamp)
     stamp.size = fs::file_size(p, ec);
     if (ec)
         return false;
-    stamp.modified = fs::last_write_time(p, ec);
-    return !ec;
+    const auto modified = fs::last_write_time(p, ec);
+    if (ec)
+        return false;
+    stamp.modifiedNs = std::chrono::duration_cast<std::chrono::nanoseconds>(
+                           std::chrono::clock_cast<std::chrono::system_clock>(modified).time_since_epoch())
+                           .count();
+    return true;
+#endif
 }
 
 } // namespace
@@ -94,7 +124,7 @@ std::shared_ptr<const IniDocument> IniCache::load(const QString& path)
     const QByteArray bytes = file.readAll();
     file.close();
 
-    const bool racy = fs::file_time_type::clock::now() - stamp.modified < kRacyWindow;
+    const bool racy = nowNs() - stamp.modifiedNs < kRacyWindowNs;
     if (it != d->entries.end() && it->stamp == stamp && it->bytes == bytes) {
         it->racy = racy;
         if (!racy)

@@ -1,0 +1,92 @@
+#include "common/ProgramFolder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace corvalent;
+
+namespace {
+
+void writeFile(const QString& path, const QByteArray& bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(bytes);
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestProgramFolder : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+
+private slots:
+    void homeVariableWins()
+    {
+        const QString home = m_dir.path() + QStringLiteral("/explicit");
+        qputenv("CORVALENT_HOME", QFile::encodeName(home));
+        QCOMPARE(ProgramFolder::path(), home);
+        QVERIFY(QDir(home).exists());
+    }
+
+    void xdgDataHomeWhenNoHomeIsSet()
+    {
+        qunsetenv("CORVALENT_HOME");
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_dir.path() + QStringLiteral("/data")));
+        QCOMPARE(ProgramFolder::path(), m_dir.path() + QStringLiteral("/data/corvalent"));
+    }
+
+    void newFolderIsSeededFromTheShippedData()
+    {
+        const QString home = m_dir.path() + QStringLiteral("/fresh");
+        qputenv("CORVALENT_HOME", QFile::encodeName(home));
+        ProgramFolder::path();
+        QVERIFY(QFile::exists(home + QStringLiteral("/Settings.ini")));
+        QVERIFY(!QDir(home + QStringLiteral("/Presets")).entryList({QStringLiteral("*.isf")}).isEmpty());
+        QVERIFY(QFileInfo(home + QStringLiteral("/Settings.ini")).isWritable());
+    }
+
+    void folderInUseIsNotSeeded()
+    {
+        const QString home = m_dir.path() + QStringLiteral("/used");
+        writeFile(home + QStringLiteral("/Presets/Mine.isf"), "[Settings]\r\n");
+        qputenv("CORVALENT_HOME", QFile::encodeName(home));
+        ProgramFolder::path();
+        QVERIFY(!QFile::exists(home + QStringLiteral("/Settings.ini")));
+    }
+
+    void seedingNeverOverwrites()
+    {
+        const QString source = m_dir.path() + QStringLiteral("/source");
+        const QString target = m_dir.path() + QStringLiteral("/target");
+        writeFile(source + QStringLiteral("/Settings.ini"), "shipped");
+        writeFile(source + QStringLiteral("/Presets/A.isf"), "shipped A");
+        writeFile(source + QStringLiteral("/Presets/B.isf"), "shipped B");
+        writeFile(target + QStringLiteral("/Presets/A.isf"), "user's A");
+
+        QVERIFY(ProgramFolder::seed(target, source));
+        QCOMPARE(readFile(target + QStringLiteral("/Presets/A.isf")), QByteArray("user's A"));
+        QCOMPARE(readFile(target + QStringLiteral("/Presets/B.isf")), QByteArray("shipped B"));
+        QCOMPARE(readFile(target + QStringLiteral("/Settings.ini")), QByteArray("shipped"));
+    }
+
+    void joinUsesOneSeparator()
+    {
+        QCOMPARE(ProgramFolder::join(QStringLiteral("/a/b"), QStringLiteral("c.ini")), QStringLiteral("/a/b/c.ini"));
+        QCOMPARE(ProgramFolder::join(QStringLiteral("/a/b/"), QStringLiteral("c.ini")), QStringLiteral("/a/b/c.ini"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestProgramFolder)
+#include "tst_programfolder.moc"
