@@ -19,7 +19,7 @@ namespace corvalent::tool {
 namespace {
 
 // Splits "--name value" options from positional arguments. Answers nullopt (after saying why) on an unknown
-// option or one without its value.
+// option or one without its value; the caller then shows its usage line, as for any other wrong command line.
 struct Parsed {
     QStringList positional;
     QList<std::pair<QString, QString>> options;
@@ -107,9 +107,7 @@ int iniGet(const QStringList& args, Output io)
 {
     const char* synopsis = "ini get SECTION KEY [--default D] [--type T] [--fail F] FILE";
     const auto p = parse(args, {QStringLiteral("default"), QStringLiteral("type"), QStringLiteral("fail")}, io);
-    if (!p)
-        return kUsage;
-    if (p->positional.size() != 3)
+    if (!p || p->positional.size() != 3)
         return wrongArguments(io, synopsis);
     io.out << GetKeyValue(p->positional[0], p->positional[1], p->option(QStringLiteral("default")).value_or(QString()),
                           p->option(QStringLiteral("type")).value_or(QString()),
@@ -120,11 +118,10 @@ int iniGet(const QStringList& args, Output io)
 
 int iniSet(const QStringList& args, Output io)
 {
+    const char* synopsis = "ini set SECTION KEY VALUE FILE";
     const auto p = parse(args, {}, io);
-    if (!p)
-        return kUsage;
-    if (p->positional.size() != 4)
-        return wrongArguments(io, "ini set SECTION KEY VALUE FILE");
+    if (!p || p->positional.size() != 4)
+        return wrongArguments(io, synopsis);
     QString file = p->positional[3];
     const QString& value = p->positional[2];
     if (value.contains(QLatin1Char('\n')) || value.contains(QLatin1Char('\r'))) {
@@ -142,9 +139,7 @@ int request(const QStringList& args, Output io)
 {
     const char* synopsis = "request SERVICE [--field N=TEXT]...";
     const auto p = parse(args, {QStringLiteral("field")}, io);
-    if (!p)
-        return kUsage;
-    if (p->positional.size() != 1)
+    if (!p || p->positional.size() != 1)
         return wrongArguments(io, synopsis);
 
     FieldTexts fields;
@@ -154,7 +149,7 @@ int request(const QStringList& args, Output io)
         const int row = eq > 0 ? value.left(eq).toInt(&ok) : -1;
         if (!ok || row < 0 || row >= kFieldRows) {
             io.err << "corvalent-tool: --field wants N=TEXT with N from 0 to 9, not \"" << value << "\"\n";
-            return kUsage;
+            return wrongArguments(io, synopsis);
         }
         fields[row] = value.mid(eq + 1);
     }
@@ -191,11 +186,10 @@ int request(const QStringList& args, Output io)
 
 int services(const QStringList& args, Output io)
 {
+    const char* synopsis = "services [FOLDER]";
     const auto p = parse(args, {}, io);
-    if (!p)
-        return kUsage;
-    if (p->positional.size() > 1)
-        return wrongArguments(io, "services [FOLDER]");
+    if (!p || p->positional.size() > 1)
+        return wrongArguments(io, synopsis);
     const QString folder = p->positional.isEmpty() ? PresetsDir() : p->positional[0];
     if (!FolderFileExists(folder)) {
         io.err << "corvalent-tool: no folder " << folder << "\n";
