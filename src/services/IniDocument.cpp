@@ -73,7 +73,15 @@ IniDocument IniDocument::parse(const QByteArray& bytes)
         text = QStringDecoder(QStringDecoder::Utf16LE)(bytes.mid(2));
     } else if (bytes.startsWith(kUtf8Bom)) {
         doc.m_bom = true;
-        text = QString::fromUtf8(bytes.mid(3));
+        // An editor that ignored the mark may have added Windows-1252 text since; read as UTF-8, it would turn into
+        // replacement characters and be lost on the next write.
+        const QByteArray rest = bytes.mid(3);
+        if (isValidUtf8(rest)) {
+            text = QString::fromUtf8(rest);
+        } else {
+            doc.m_encoding = Encoding::Windows1252;
+            text = Windows1252::decode(rest);
+        }
     } else if (isValidUtf8(bytes)) {
         text = QString::fromUtf8(bytes);
     } else {
@@ -197,8 +205,8 @@ QByteArray IniDocument::serialize() const
         return kUtf16LeBom + QStringEncoder(QStringEncoder::Utf16LE)(text);
     case Encoding::Windows1252:
         if (Windows1252::canEncode(text))
-            return Windows1252::encode(text);
-        return text.toUtf8();
+            return (m_bom ? kUtf8Bom : QByteArray()) + Windows1252::encode(text);
+        break;
     case Encoding::Utf8:
         break;
     }

@@ -16,8 +16,8 @@ class IniDocument {
 public:
     enum class Encoding { Utf8, Windows1252, Utf16LE };
 
-    // Reads a file's bytes: UTF-16 or UTF-8 with a byte order mark, otherwise UTF-8 when the bytes are valid
-    // UTF-8, otherwise Windows-1252.
+    // Reads a file's bytes: UTF-16 with a byte order mark, otherwise UTF-8 when the bytes after any UTF-8 byte
+    // order mark are valid UTF-8, otherwise Windows-1252 (the mark, if any, is kept).
     static IniDocument parse(const QByteArray& bytes);
 
     // The value of `key` in `section`, as the file holds it after stripping; nullopt when there is none.

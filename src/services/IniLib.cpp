@@ -55,6 +55,9 @@ QString GetKeyValue(const QString& Section, const QString& KeyName, const QStrin
         const auto doc = IniCache::instance().load(FileName);
         const auto value = doc ? doc->value(Section, KeyName) : std::nullopt;
         result = value && !value->isEmpty() ? value->left(kMaxIniValueLength) : Default;
+        // The cut counts UTF-16 units; half a character would reach a request as garbage.
+        if (result.size() == kMaxIniValueLength && result.back().isHighSurrogate())
+            result.chop(1);
         if (KeyType == QLatin1String("Numeric") || KeyType == QLatin1String("Boolean")) {
             // Booleans are stored as numbers; the words True and False fail this check on purpose.
             if (!IsNumeric(result) && !FailValue.isEmpty())
