@@ -54,18 +54,21 @@ int main(int argc, char* argv[])
 
     SetIniSettingsFile(SettingsFilePath());
 
-    int code = tool::kUsage;
     const QString command = args[0];
-    if (command == QLatin1String("ini") && args.size() >= 2 && args[1] == QLatin1String("get"))
-        code = tool::iniGet(args.mid(2), io);
-    else if (command == QLatin1String("ini") && args.size() >= 2 && args[1] == QLatin1String("set"))
-        code = tool::iniSet(args.mid(2), io);
-    else if (command == QLatin1String("request"))
-        code = tool::request(args.mid(1), io);
-    else if (command == QLatin1String("services"))
-        code = tool::services(args.mid(1), io);
-    else
+    // Library errors that a window would catch in its own trap (a Presets file without an extension, say) end the
+    // command with the same error text instead of an abort.
+    int code = trapped(QStringLiteral("corvalent-tool: Sub ") + command, int(tool::kFailed), [&] {
+        if (command == QLatin1String("ini") && args.size() >= 2 && args[1] == QLatin1String("get"))
+            return tool::iniGet(args.mid(2), io);
+        if (command == QLatin1String("ini") && args.size() >= 2 && args[1] == QLatin1String("set"))
+            return tool::iniSet(args.mid(2), io);
+        if (command == QLatin1String("request"))
+            return tool::request(args.mid(1), io);
+        if (command == QLatin1String("services"))
+            return tool::services(args.mid(1), io);
         err << "corvalent-tool: unknown command \"" << args.join(QLatin1Char(' ')) << "\"\n\n" << tool::usage();
+        return int(tool::kUsage);
+    });
 
     out.flush();
     err.flush();
