@@ -1,173 +1,127 @@
-#include "common/ProgramFolder.h"
 #include "request/Go.h"
-#include "request/PostPage.h"
 #include "request/PostPageCleaner.h"
-#include "request/PostalLookup.h"
+#include "request/RequestBuilder.h"
 
-#include "RequestTestSupport.h"
-
-#include <QFile>
-#include <QTest>
+#include "support/RequestSupport.h"
 
 using namespace corvalent;
 using namespace Qt::StringLiterals;
-using corvalent::test::TestHome;
 
-namespace {
-
-// Alternates the letter case: "www.x" -> "WwW.X".
-QString alternatingCase(const QString& text)
-{
-    QString result = text;
-    for (qsizetype i = 0; i < result.size(); ++i)
-        result[i] = i % 2 ? result[i].toLower() : result[i].toUpper();
-    return result;
-}
-
-} // namespace
+const QString kEarlier = u"from an earlier press"_s;
+const QString kMissing = u"Can't find the country file as specified in this service's settings."_s;
 
 class TestGo : public QObject {
     Q_OBJECT
 
-private:
-    TestHome m_home;
-    RecordingPrompter* m_prompter = nullptr;
-    RecordingLauncher* m_launcher = nullptr;
-    QStringList m_dialogFor;
-
-    std::function<void(const QString&)> countryDialog()
-    {
-        return [this](const QString& service) { m_dialogFor << service; };
-    }
+    test::TestHome m_home;
 
 private slots:
-    void initTestCase() { m_home.write(u"Countries.ini"_s, "[Countries]\r\nCanada=CA\r\n"); }
-    void init()
+    void initTestCase()
     {
-        m_prompter = test::installRecordingPrompter();
-        m_launcher = test::installRecordingLauncher();
-        m_dialogFor.clear();
+        m_home.write(u"Countries.ini"_s, "[Settings]\r\nAtlantis=XX\r\n[Countries]\r\nCanada=CA\r\n");
+        m_home.write(u"Settings.ini"_s, "[Countries]\r\nCanada=CA-SETTINGS\r\n");
     }
     void cleanup() { PostPageCleaner::instance().deleteNow(); }
 
-    void getOpensTheAddress_data()
+    void build_data()
     {
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<QString>("fields");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("& after a fixed pair") << u"URL=h/s?a=1|V1=b"_s << u"1=2"_s << u"http://h/s?a=1&b=2"_s;
+        QTest::newRow("no ? is added") << u"URL=h/s|V1=b"_s << u"1=2"_s << u"http://h/s&b=2"_s;
+        QTest::newRow("HTTP kept") << u"URL=HTTP://H/s?|V1=b"_s << u"1=2"_s << u"HTTP://H/s?b=2"_s;
+        QTest::newRow("https doubled") << u"URL=https://h/s?|V1=b"_s << u"1=2"_s << u"http://https://h/s?b=2"_s;
+        QTest::newRow("empty fields add nothing") << u"URL=h/s?|V0=a|V1=b|V2=c|V3=d|V9=j"_s << u"1=x|3= |4=y|9=z"_s
+                                                  << u"http://h/s?b=x&d= &j=z"_s;
+        QTest::newRow("Montréal, &var") << u"URL=host/find.asp?|V3=city|V5=&pc"_s << u"3=Montréal|5=H2X 1Y4"_s
+                                         << u"http://host/find.asp?city=Montreal&pc=H2X 1Y4"_s;
+        QTest::newRow("no percent-encoding") << u"URL=h/s?|V1=q"_s << u"1=A & B = #1 50% ?x"_s
+                                             << u"http://h/s?q=A & B = #1 50% ?x"_s;
+        QTest::newRow("country row mapped, others folded")
+            << u"URL=h/s?|CountryFile=Countries.ini|V0=name|V6=country|V7=note"_s << u"0=Élise Côté|6=canada|7=Canada"_s
+            << u"http://h/s?name=elise Cate&country=CA&note=Canada"_s;
+        QTest::newRow("bare address") << u"URL=h/p"_s << u"0=a|1=b|6=Canada"_s << u"http://h/p"_s;
+
+        // The country row: whole text in any case in the country file's Countries section, else DefaultCountry,
+        // else US; without a country file, Settings.ini maps.
+        const QString mapped = u"URL=h/s?|V6=c|CountryFile=Countries.ini"_s;
+        const QString fr = mapped + u"|DefaultCountry=FR"_s;
+        QTest::newRow("country: whole text only") << fr << u"6=Can"_s << u"http://h/s?c=FR"_s;
+        QTest::newRow("country: Countries section only") << fr << u"6=Atlantis"_s << u"http://h/s?c=FR"_s;
+        QTest::newRow("country: US by default") << mapped << u"6=Atlantis"_s << u"http://h/s?c=US"_s;
+        QTest::newRow("country: Settings.ini") << u"URL=h/s?|V6=c"_s << u"6=CANADA"_s << u"http://h/s?c=CA-SETTINGS"_s;
+    }
+    void build()
+    {
+        QFETCH(QString, keys);
+        QFETCH(QString, fields);
+        QFETCH(QString, expected);
+        const QString service = test::writeService(m_home, keys);
+        QCOMPARE(BuildRequest(service, test::fieldTexts(fields), ResolveCountryFile(service).fullPath), expected);
+    }
+
+    void go_data()
+    {
+        QTest::addColumn<QString>("keys");
         QTest::addColumn<bool>("keepOpen");
-        QTest::addColumn<QString>("countryFileKey");
-        QTest::addColumn<QString>("expectedCountryFile");
-        QTest::newRow("window closes") << false << QString() << QString();
-        QTest::newRow("window kept open") << true << QString() << QString();
-        QTest::newRow("country file kept") << false << u"Countries.ini"_s << m_home.file(u"Countries.ini"_s);
-    }
-    void getOpensTheAddress()
-    {
-        QFETCH(bool, keepOpen);
-        QFETCH(QString, countryFileKey);
-        QFETCH(QString, expectedCountryFile);
-
-        const QString service = test::writeService(m_home, u"Maps"_s,
-            {u"URL=host/find.asp?"_s, u"CountryFile="_s + countryFileKey, u"V3=city"_s, u"V6=&country"_s});
-        QString countryFilePath = u"from an earlier press"_s;
-        const GoResult result = RunGo(service, test::fieldTexts({{}, {}, {}, u"Montréal"_s, {}, {}, u"Canada"_s}),
-            keepOpen, countryFilePath, countryDialog());
-
-        QCOMPARE(m_prompter->texts(), QStringList());
-        QCOMPARE(m_launcher->opened().size(), 1);
-        // Without a country file the settings file maps the country, and it knows no Canada here.
-        const QString country = countryFileKey.isEmpty() ? u"US"_s : u"CA"_s;
-        QCOMPARE(m_launcher->opened().first().target, u"http://host/find.asp?city=Montreal&country="_s + country);
-        QCOMPARE(m_launcher->opened().first().workingFolder, m_home.programFolder());
-        QCOMPARE(result.closeWindow, !keepOpen);
-        QCOMPARE(countryFilePath, expectedCountryFile);
-        QVERIFY(m_dialogFor.isEmpty());
-    }
-
-    void noUrl_data()
-    {
-        QTest::addColumn<QStringList>("keys");
-        QTest::newRow("no URL key") << QStringList{u"V1=q"_s};
-        QTest::newRow("empty URL") << QStringList{u"URL="_s, u"V1=q"_s};
-    }
-    void noUrl()
-    {
-        QFETCH(QStringList, keys);
-        const QString service = test::writeService(m_home, u"No address"_s, keys);
-        QString countryFilePath;
-        const GoResult result =
-            RunGo(service, test::fieldTexts({{}, u"Acme"_s}), false, countryFilePath, countryDialog());
-
-        QCOMPARE(m_prompter->prompts().size(), 1);
-        const auto& box = m_prompter->prompts().first();
-        QCOMPARE(box.text, u"No URL has been specified for this service!"_s);
-        QCOMPARE(box.style, 48);
-        QCOMPARE(box.caption, u"Corvalent"_s);
-        QVERIFY(m_launcher->opened().isEmpty());
-        QVERIFY(!result.closeWindow);
-        QVERIFY(m_dialogFor.isEmpty());
-    }
-
-    void missingCountryFile()
-    {
-        const QString service = test::writeService(
-            m_home, u"Postal codes 2~1"_s, {u"URL=host/find.asp?"_s, u"CountryFile=Gone.ini"_s, u"V6=country"_s});
-        QString countryFilePath;
-        const GoResult result = RunGo(
-            service, test::fieldTexts({{}, {}, {}, {}, {}, {}, u"Canada"_s}), false, countryFilePath, countryDialog());
-
-        QCOMPARE(m_prompter->prompts().size(), 1);
-        const auto& box = m_prompter->prompts().first();
-        QCOMPARE(box.text, u"Can't find the country file as specified in this service's settings."_s);
-        QCOMPARE(box.style, 0);
-        QCOMPARE(box.caption, u"Corvalent"_s);
-        // The dialog is given the service's name as its file name writes it.
-        QCOMPARE(m_dialogFor, QStringList{u"Postal codes 2~1"_s});
-        QVERIFY(m_launcher->opened().isEmpty());
-        QVERIFY(!result.closeWindow);
-    }
-
-    void route_data()
-    {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<bool>("post");
-        QTest::newRow("marker as written") << kPostalLookupMarker + u"lang=e"_s << true;
-        QTest::newRow("marker in upper case") << u"http://"_s + kPostalLookupMarker.toUpper() << true;
-        QTest::newRow("marker in mixed case") << u"https://"_s + alternatingCase(kPostalLookupMarker) << true;
-        QTest::newRow("same path on another host")
-            << u"other.example/tools/pcl/bin/cp_search_response-e.asp?"_s << false;
-        QTest::newRow("marker without its question mark") << kPostalLookupMarker.chopped(1) << false;
-    }
-    void route()
-    {
-        QFETCH(QString, url);
-        QFETCH(bool, post);
-
+        QTest::addColumn<QString>("opened");  // what the browser is given
+        QTest::addColumn<QString>("message"); // shown with `style`
+        QTest::addColumn<int>("style");
+        QTest::addColumn<QString>("kept"); // the country file the main window keeps
+        QTest::addColumn<bool>("close");
+        const QString get = u"URL=host/find.asp?|CountryFile=Countries.ini|V3=city|V6=&country"_s;
+        const QString address = u"http://host/find.asp?city=Montreal&country=CA"_s;
+        const QString countries = m_home.file(u"Countries.ini"_s);
+        const QString page = m_home.file(u"~10936986498598137458976958.htm"_s);
         // The country file is not there: the POST route never looks for it.
-        const QString service =
-            test::writeService(m_home, u"Postal"_s, {u"URL="_s + url, u"CountryFile=Gone.ini"_s, u"V5=pc"_s});
-        QByteArray pageWhenOpened;
-        m_launcher->onOpen = [&](const QString& target) {
-            QFile page(target);
-            if (page.open(QIODevice::ReadOnly))
-                pageWhenOpened = page.readAll();
-        };
-        QString countryFilePath = u"from an earlier press"_s;
-        const GoResult result = RunGo(
-            service, test::fieldTexts({{}, {}, {}, {}, {}, u"H2X 1Y4"_s}), false, countryFilePath, countryDialog());
+        const QString gone = u"|CountryFile=Gone.ini|V3=city"_s;
+        QTest::newRow("GET closes the window") << get << false << address << QString() << 0 << countries << true;
+        QTest::newRow("GET, kept open") << get << true << address << QString() << 0 << countries << false;
+        QTest::newRow("no URL") << u"URL=|V1=q"_s << false << QString()
+                                << u"No URL has been specified for this service!"_s << 48 << kEarlier << false;
+        QTest::newRow("missing country file") << u"URL=h/s?"_s + gone << false << QString() << kMissing << 0
+                                              << u"Gone.ini"_s << false;
+        QTest::newRow("postal path, other host") << u"URL=h/tools/pcl/bin/cp_search_response-e.asp?"_s + gone
+                                                 << false << QString() << kMissing << 0 << u"Gone.ini"_s << false;
+        QTest::newRow("POST, marker in upper case") << test::kPostalUrl.toUpper() + gone << false << page << QString()
+                                                    << 0 << kEarlier << false;
+    }
+    void go()
+    {
+        QFETCH(QString, keys);
+        QFETCH(bool, keepOpen);
+        QFETCH(QString, opened);
+        QFETCH(QString, message);
+        QFETCH(int, style);
+        QFETCH(QString, kept);
+        QFETCH(bool, close);
+        auto* prompter = test::install<RecordingPrompter, Prompter>();
+        auto* launcher = test::install<RecordingLauncher, Launcher>();
+        QByteArray atOpen;
+        launcher->onOpen = [&](const QString& target) { atOpen = test::TestHome::read(target); };
+        QStringList dialogFor;
+        QString countryFile = kEarlier;
 
-        if (!post) {
-            QCOMPARE(result.plan.kind, GoPlan::Kind::MissingCountryFile);
-            QVERIFY(m_launcher->opened().isEmpty());
-            return;
+        const GoResult result = RunGo(test::writeService(m_home, keys, u"Postal 2~1"_s),
+                                      test::fieldTexts(u"3=Montréal|6=Canada"_s), keepOpen, countryFile,
+                                      [&](const QString& service) { dialogFor << service; });
+
+        QCOMPARE(result.closeWindow, close);
+        QCOMPARE(countryFile, kept);
+        QCOMPARE(launcher->opened().size(), opened.isEmpty() ? 0 : 1);
+        for (const RecordingLauncher::Opened& o : launcher->opened()) {
+            QCOMPARE(o.target, opened);
+            QCOMPARE(o.workingFolder, m_home.programFolder());
         }
-        QCOMPARE(result.plan.kind, GoPlan::Kind::Post);
-        QCOMPARE(m_prompter->texts(), QStringList());
-        QVERIFY(m_dialogFor.isEmpty());
-        QCOMPARE(m_launcher->opened().size(), 1);
-        QCOMPARE(m_launcher->opened().first().target, m_home.file(u"~10936986498598137458976958.htm"_s));
-        QCOMPARE(m_launcher->opened().first().workingFolder, m_home.programFolder());
-        QVERIFY2(pageWhenOpened.contains("<input type=text name=pc value=H2X 1Y4>\r\n"), pageWhenOpened.constData());
-        QVERIFY(!result.closeWindow);
-        QCOMPARE(countryFilePath, u"from an earlier press"_s);
+        QCOMPARE(atOpen.contains("<input type=text name=city value=Montreal>\r\n"), opened.endsWith(u".htm"_s));
+        QCOMPARE(prompter->texts(), message.isEmpty() ? QStringList() : QStringList{message});
+        for (const RecordingPrompter::Prompt& p : prompter->prompts()) {
+            QCOMPARE(p.style, style);
+            QCOMPARE(p.caption, u"Corvalent"_s);
+        }
+        // The dialog gets the service's name as its file name writes it.
+        QCOMPARE(dialogFor, message == kMissing ? QStringList{u"Postal 2~1"_s} : QStringList());
     }
 };
 

@@ -1,8 +1,9 @@
-// Helper for tst_iniatomic: rewrites one key of a large INI file over and over, alternating between the contents
-// of two files, and announces each write on standard output before it starts. The test kills it at random moments.
-//
-// Usage: ini_writer_child <ini file> <value file A> <value file B> <max writes>
+// For tst_iniatomic: rewrites Data/Blob of an INI file with the values two other files hold there, by turns, and
+// announces each write before it starts, so that the test can kill it in the middle of one. Bounded, so that a
+// child whose parent died does not write forever.
+// Usage: ini_writer_child <ini file> <version A> <version B> <max writes>
 
+#include "services/IniDocument.h"
 #include "services/IniLib.h"
 
 #include <QCoreApplication>
@@ -10,38 +11,24 @@
 
 #include <cstdio>
 
-namespace {
-
-QString readValue(const QString& path)
-{
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly))
-        return QString();
-    return QString::fromUtf8(f.readAll());
-}
-
-} // namespace
-
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     const QStringList args = app.arguments();
-    if (args.size() != 5) {
-        std::fprintf(stderr, "usage: ini_writer_child <ini file> <value file A> <value file B> <max writes>\n");
-        return 2;
+    QString values[2];
+    for (int i = 0; i < 2 && args.size() == 5; ++i) {
+        QFile f(args.at(2 + i));
+        if (f.open(QIODevice::ReadOnly))
+            values[i] = corvalent::IniDocument::parse(f.readAll()).value("Data", "Blob").value_or(QString());
     }
-    const QString file = args.at(1);
-    const QString values[2] = {readValue(args.at(2)), readValue(args.at(3))};
     if (values[0].isEmpty() || values[1].isEmpty()) {
-        std::fprintf(stderr, "cannot read the values\n");
+        std::fprintf(stderr, "usage: ini_writer_child <ini file> <version A> <version B> <max writes>\n");
         return 2;
     }
-    // Bounded, so that a child whose parent died does not write forever.
-    const int maxWrites = args.at(4).toInt();
-    for (int i = 0; i < maxWrites; ++i) {
+    for (int i = 0; i < args.at(4).toInt(); ++i) {
         std::printf("write %d\n", i);
         std::fflush(stdout);
-        if (!corvalent::WriteKeyValue(QStringLiteral("Data"), QStringLiteral("Blob"), values[i % 2], file)) {
+        if (!corvalent::WriteKeyValue(QStringLiteral("Data"), QStringLiteral("Blob"), values[i % 2], args.at(1))) {
             std::fprintf(stderr, "write %d failed\n", i);
             return 1;
         }

@@ -1,43 +1,23 @@
-#include "services/IniLib.h"
+#include "services/IniCache.h"
+#include "support/IniFiles.h"
 
-#include "support/TestHome.h"
-
-#include <QDir>
+#include <QFile>
 #include <QTest>
 
+#include <chrono>
+#include <filesystem>
+
 using namespace corvalent;
-using corvalent::test::TestHome;
-
-namespace {
-
-const QString kDefault = QStringLiteral("<default>");
-
-// 300 characters that never repeat within 26, so a cut at the wrong place shows.
-QString longValue(int length)
-{
-    QString text;
-    for (int i = 0; i < length; ++i)
-        text += QChar(u'a' + i % 26);
-    return text;
-}
-
-} // namespace
+using namespace corvalent::test;
+namespace fs = std::filesystem;
 
 class TestIniRead : public QObject {
     Q_OBJECT
 
-private:
-    TestHome m_home;
-    int m_files = 0;
-
-    QString newFile(const QByteArray& bytes)
-    {
-        return m_home.write(QStringLiteral("read/%1.ini").arg(++m_files), bytes);
-    }
+    IniFiles m_files;
 
 private slots:
-    void init() { SetIniSettingsFile(QString()); }
-
+    // Files as people write them by hand; null bytes mean there is no file at all.
     void read_data()
     {
         QTest::addColumn<QByteArray>("bytes");
@@ -45,78 +25,38 @@ private slots:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("expected");
 
-        const QString S = QStringLiteral("Settings");
-
-        QTest::newRow("LF") << QByteArray("[Settings]\nURL=http://a\nV0=x\n") << S << "URL" << "http://a";
-        QTest::newRow("CRLF, no carriage return kept") << QByteArray("[Settings]\r\nURL=http://a\r\nV0=x\r\n") << S << "URL"
-                                                       << "http://a";
-        QTest::newRow("CRLF, last key") << QByteArray("[Settings]\r\nURL=http://a\r\nV0=x\r\n") << S << "V0" << "x";
-        QTest::newRow("no final line break") << QByteArray("[Settings]\r\nURL=u") << S << "URL" << "u";
-        QTest::newRow("UTF-8 BOM before the first header")
-            << QByteArray("\xEF\xBB\xBF[Settings]\r\nCity=Montr\xC3\xA9" "al\r\n") << S << "City" << "Montréal";
-        QTest::newRow("UTF-8 without BOM") << QByteArray("[Settings]\nCity=Montr\xC3\xA9" "al\n") << S << "City"
-                                           << "Montréal";
-        QTest::newRow("Windows-1252") << QByteArray("[Settings]\r\nCity=Montr\xE9" "al\r\n") << S << "City" << "Montréal";
-        QTest::newRow("UTF-8 BOM, then Windows-1252 bytes")
-            << QByteArray("\xEF\xBB\xBF[Settings]\r\nCity=Montr\xE9" "al\r\n") << S << "City" << "Montréal";
-        QTest::newRow("Windows-1252 bytes 0x80-0x9F")
-            << QByteArray("[Settings]\r\nNote=\x80 \x93q\x94 \x9C\r\n") << S << "Note" << "€ “q” œ";
-        QTest::newRow("Windows-1252 in the section name")
-            << QByteArray("[Qu\xE9" "bec]\r\nk=v\r\n") << "Québec" << "k" << "v";
-
-        QTest::newRow("duplicate key: first wins") << QByteArray("[A]\nk=1\nk=2\n") << "A" << "k" << "1";
-        QTest::newRow("duplicate section: first wins") << QByteArray("[A]\nk=1\n[B]\nk=2\n[A]\nk=3\n") << "A" << "k"
-                                                        << "1";
-        QTest::newRow("duplicate section: second is never consulted")
-            << QByteArray("[A]\nk=1\n[B]\nk=2\n[A]\nj=4\n") << "A" << "j" << kDefault;
-        QTest::newRow("section after a duplicate still read") << QByteArray("[A]\nk=1\n[A]\nk=3\n[B]\nk=2\n") << "B"
-                                                               << "k" << "2";
-        QTest::newRow("same key in another section") << QByteArray("[Other]\nURL=wrong\n[Settings]\nURL=right\n") << S
-                                                     << "URL" << "right";
-
-        QTest::newRow("section name case") << QByteArray("[SETTINGS]\nURL=u\n") << S << "URL" << "u";
-        QTest::newRow("key name case") << QByteArray("[Settings]\nurl=u\n") << "settings" << "Url" << "u";
-        QTest::newRow("value case kept") << QByteArray("[Settings]\nURL=MiXeD\n") << S << "URL" << "MiXeD";
-
-        QTest::newRow("blanks around key and value") << QByteArray("[Settings]\n  URL  =  a b  \n") << S << "URL"
-                                                     << "a b";
-        QTest::newRow("tabs around key and value") << QByteArray("[Settings]\n\tURL\t=\ta b\t\n") << S << "URL" << "a b";
-        QTest::newRow("blanks around the header") << QByteArray("  [Settings]  \r\nURL=u\r\n") << S << "URL" << "u";
-        QTest::newRow("blanks in the asked key name") << QByteArray("[Settings]\nURL=u\n") << S << " URL " << "u";
-        QTest::newRow("equals sign inside the value") << QByteArray("[Settings]\nURL=a=b&c=d\n") << S << "URL"
-                                                      << "a=b&c=d";
-
-        QTest::newRow("double quotes stripped") << QByteArray("[Settings]\nURL=\"x y\"\n") << S << "URL" << "x y";
-        QTest::newRow("single quotes stripped") << QByteArray("[Settings]\nURL='x y'\n") << S << "URL" << "x y";
-        QTest::newRow("quotes inside blanks stripped") << QByteArray("[Settings]\nURL=  \"x\"  \n") << S << "URL" << "x";
-        QTest::newRow("only one pair stripped") << QByteArray("[Settings]\nURL=\"\"x\"\"\n") << S << "URL" << "\"x\"";
-        QTest::newRow("mismatched quotes kept") << QByteArray("[Settings]\nURL=\"x'\n") << S << "URL" << "\"x'";
-        QTest::newRow("opening quote only kept") << QByteArray("[Settings]\nURL=\"x\n") << S << "URL" << "\"x";
-        QTest::newRow("inner quotes kept") << QByteArray("[Settings]\nURL=a \"b\" c\n") << S << "URL" << "a \"b\" c";
-        QTest::newRow("a lone quote kept") << QByteArray("[Settings]\nURL=\"\n") << S << "URL" << "\"";
-
-        QTest::newRow("254 characters whole") << ("[Settings]\nV=" + longValue(254).toLatin1() + "\n") << S << "V"
-                                              << longValue(254);
-        QTest::newRow("255 characters cut") << ("[Settings]\nV=" + longValue(255).toLatin1() + "\n") << S << "V"
-                                            << longValue(254);
-        QTest::newRow("300 characters cut") << ("[Settings]\nV=" + longValue(300).toLatin1() + "\r\n") << S << "V"
-                                            << longValue(254);
-
-        QTest::newRow("cut never splits a character")
-            << ("[Settings]\nV=" + QByteArray(253, 'a') + "\xF0\x9F\x98\x80zz\n") << S << "V" << QString(253, u'a');
-        QTest::newRow("character before the cut kept whole")
-            << ("[Settings]\nV=" + QByteArray(252, 'a') + "\xF0\x9F\x98\x80zz\n") << S << "V"
-            << QString(252, u'a') + QString::fromUtf8("\xF0\x9F\x98\x80");
-
-        QTest::newRow("empty value") << QByteArray("[Settings]\nURL=\n") << S << "URL" << kDefault;
-        QTest::newRow("blank value") << QByteArray("[Settings]\nURL=   \n") << S << "URL" << kDefault;
-        QTest::newRow("empty quotes") << QByteArray("[Settings]\nURL=\"\"\n") << S << "URL" << kDefault;
-        QTest::newRow("missing key") << QByteArray("[Settings]\nURL=u\n") << S << "V0" << kDefault;
-        QTest::newRow("missing section") << QByteArray("[Settings]\nURL=u\n") << "Buttons" << "URL" << kDefault;
-        QTest::newRow("key before any section") << QByteArray("URL=u\n[Settings]\nV0=x\n") << S << "URL" << kDefault;
-        QTest::newRow("commented key") << QByteArray("[Settings]\n;URL=bad\nURL=good\n") << S << "URL" << "good";
-        QTest::newRow("line without equals sign") << QByteArray("[Settings]\nURL\nURL=u\n") << S << "URL" << "u";
-        QTest::newRow("empty file") << QByteArray() << S << "URL" << kDefault;
+        const QByteArray dup("[A]\nk=1\n[A]\nk=3\nj=4\n[B]\nk=2\n");
+        const QByteArray emoji("\xF0\x9F\x98\x80");
+        QTest::newRow("CRLF, UTF-8") << QByteArray("[A]\r\nk=Montr\xC3\xA9" "al\r\nj=w\r\n") << "A" << "k"
+                                     << "Montréal";
+        QTest::newRow("no final line break") << QByteArray("[A]\nk=v") << "A" << "k" << "v";
+        QTest::newRow("UTF-8 BOM") << QByteArray("\xEF\xBB\xBF[A]\r\nk=Montr\xC3\xA9" "al\r\n") << "A" << "k"
+                                   << "Montréal";
+        QTest::newRow("Windows-1252") << QByteArray("[A]\nk=\x80 \x93q\x94 Montr\xE9" "al\n") << "A" << "k"
+                                      << "€ “q” Montréal";
+        QTest::newRow("UTF-8 BOM, then 1252") << QByteArray("\xEF\xBB\xBF[A]\nk=caf\xE9\n") << "A" << "k" << "café";
+        QTest::newRow("duplicate key") << QByteArray("[A]\nk=1\nk=2\n") << "A" << "k" << "1";
+        QTest::newRow("duplicate section") << dup << "A" << "k" << "1";
+        QTest::newRow("duplicate section never read") << dup << "A" << "j" << kDefault;
+        QTest::newRow("section after a duplicate") << dup << "B" << "k" << "2";
+        QTest::newRow("case of names") << QByteArray("[SETTINGS]\nurl=MiXeD\n") << "Settings" << "URL" << "MiXeD";
+        QTest::newRow("blanks and tabs") << QByteArray(" [A] \n\t k \t=  a b\t \n") << "A" << " k " << "a b";
+        QTest::newRow("equals sign in value") << QByteArray("[A]\nk=a=b\n") << "A" << "k" << "a=b";
+        QTest::newRow("line without equals sign") << QByteArray("[A]\nk\nk=v\n") << "A" << "k" << "v";
+        QTest::newRow("one pair of quotes") << QByteArray("[A]\nk=\"\"x\"\"\n") << "A" << "k" << "\"x\"";
+        QTest::newRow("single quotes in blanks") << QByteArray("[A]\nk=  'x y'  \n") << "A" << "k" << "x y";
+        QTest::newRow("mismatched quotes") << QByteArray("[A]\nk=\"x'\n") << "A" << "k" << "\"x'";
+        QTest::newRow("a lone quote") << QByteArray("[A]\nk=\"\n") << "A" << "k" << "\"";
+        QTest::newRow("cut at 254") << "[A]\nk=" + QByteArray(254, 'a') + "bcd\n" << "A" << "k" << QString(254, u'a');
+        QTest::newRow("cut never splits a pair") << "[A]\nk=" + QByteArray(253, 'a') + emoji + "z\n" << "A" << "k"
+                                                 << QString(253, u'a');
+        QTest::newRow("pair before the cut kept") << "[A]\nk=" + QByteArray(252, 'a') + emoji + "z\n" << "A" << "k"
+                                                  << QString(252, u'a') + QString::fromUtf8(emoji);
+        QTest::newRow("empty value") << QByteArray("[A]\nk=\nk=x\n") << "A" << "k" << kDefault;
+        QTest::newRow("empty quotes") << QByteArray("[A]\nk= \"\" \n") << "A" << "k" << kDefault;
+        QTest::newRow("key before any section") << QByteArray("k=0\n[A]\nj=1\n") << "A" << "k" << kDefault;
+        QTest::newRow("missing section") << QByteArray("[A]\nk=1\n") << "B" << "k" << kDefault;
+        QTest::newRow("missing file") << QByteArray() << "A" << "k" << kDefault;
     }
 
     void read()
@@ -125,135 +65,93 @@ private slots:
         QFETCH(QString, section);
         QFETCH(QString, key);
         QFETCH(QString, expected);
-
-        const QString file = newFile(bytes);
-        QCOMPARE(GetKeyValue(section, key, kDefault, QString(), QString(), file), expected);
+        QCOMPARE(readKey(m_files.add(bytes), section, key), expected);
     }
 
-    void missingFileOrFolderReadsDefault()
-    {
-        const QString missingFile = m_home.file(QStringLiteral("read/none.ini"));
-        const QString missingFolder = m_home.file(QStringLiteral("no-such-folder/none.ini"));
-        QCOMPARE(GetKeyValue(QStringLiteral("Settings"), QStringLiteral("URL"), kDefault, QString(), QString(),
-                             missingFile),
-                 kDefault);
-        QCOMPARE(GetKeyValue(QStringLiteral("Settings"), QStringLiteral("URL"), kDefault, QString(), QString(),
-                             missingFolder),
-                 kDefault);
-        QVERIFY(!QFileInfo::exists(missingFile));
-        QVERIFY(!QFileInfo::exists(QFileInfo(missingFolder).path()));
-    }
-
+    // The default, "x", is checked too.
     void typeCheck_data()
     {
-        QTest::addColumn<QByteArray>("stored"); // the line of the key, or empty for no key at all
-        QTest::addColumn<QString>("defaultValue");
+        QTest::addColumn<QString>("stored");
         QTest::addColumn<QString>("keyType");
         QTest::addColumn<QString>("failValue");
         QTest::addColumn<QString>("expected");
 
-        QTest::newRow("Numeric, abc, fail 0") << QByteArray("Base=abc") << "0" << "Numeric" << "0" << "0";
-        QTest::newRow("Numeric, abc, no fail value") << QByteArray("Base=abc") << "0" << "Numeric" << "" << "abc";
-        QTest::newRow("Numeric, number") << QByteArray("Base=42") << "0" << "Numeric" << "7" << "42";
-        QTest::newRow("Numeric, signed decimal") << QByteArray("Base= -1.5 ") << "0" << "Numeric" << "7" << "-1.5";
-        QTest::newRow("Numeric, exponent") << QByteArray("Base=1E3") << "0" << "Numeric" << "7" << "1E3";
-        QTest::newRow("Numeric, digits then text") << QByteArray("Base=12abc") << "0" << "Numeric" << "7" << "7";
-        QTest::newRow("Boolean, True, fail 0") << QByteArray("Base=True") << "0" << "Boolean" << "0" << "0";
-        QTest::newRow("Boolean, False, fail -1") << QByteArray("Base=False") << "0" << "Boolean" << "-1" << "-1";
-        QTest::newRow("Boolean, True, no fail value") << QByteArray("Base=True") << "0" << "Boolean" << "" << "True";
-        QTest::newRow("Boolean, -1") << QByteArray("Base=-1") << "0" << "Boolean" << "0" << "-1";
-        QTest::newRow("Boolean, 1") << QByteArray("Base=1") << "0" << "Boolean" << "0" << "1";
-        QTest::newRow("numeric in lower case: no check") << QByteArray("Base=abc") << "0" << "numeric" << "0" << "abc";
-        QTest::newRow("BOOLEAN in upper case: no check") << QByteArray("Base=True") << "0" << "BOOLEAN" << "0" << "True";
-        QTest::newRow("other type: no check") << QByteArray("Base=abc") << "0" << "Text" << "0" << "abc";
-        QTest::newRow("missing key, numeric default") << QByteArray() << "5" << "Numeric" << "0" << "5";
-        QTest::newRow("missing key, default checked too") << QByteArray() << "abc" << "Numeric" << "0" << "0";
-        QTest::newRow("empty value, empty default") << QByteArray("Base=") << "" << "Numeric" << "9" << "9";
+        QTest::newRow("Numeric fails") << "abc" << "Numeric" << "0" << "0";
+        QTest::newRow("Numeric without FailValue") << "abc" << "Numeric" << "" << "abc";
+        QTest::newRow("Numeric passes") << " -1.5 " << "Numeric" << "0" << "-1.5";
+        QTest::newRow("Boolean word fails") << "True" << "Boolean" << "0" << "0";
+        QTest::newRow("lower-case type checks nothing") << "abc" << "numeric" << "0" << "abc";
+        QTest::newRow("default fails") << "" << "Numeric" << "0" << "0";
     }
 
     void typeCheck()
     {
-        QFETCH(QByteArray, stored);
-        QFETCH(QString, defaultValue);
+        QFETCH(QString, stored);
         QFETCH(QString, keyType);
         QFETCH(QString, failValue);
         QFETCH(QString, expected);
-
-        const QString file = newFile("[Settings]\r\n" + stored + "\r\n");
-        QCOMPARE(GetKeyValue(QStringLiteral("Settings"), QStringLiteral("Base"), defaultValue, keyType, failValue, file),
+        const QString file = m_files.add("[A]\r\nk=" + stored.toUtf8() + "\r\n");
+        QCOMPARE(GetKeyValue(QStringLiteral("A"), QStringLiteral("k"), QStringLiteral("x"), keyType, failValue, file),
                  expected);
     }
 
-    // An empty file name means the settings file; the caller sees which file that was.
-    void emptyFileNameMeansSettingsFile()
+    // Until one is set the settings file is the program folder's, by its full path: a relative name would find
+    // whatever Settings.ini the current directory happens to hold.
+    void emptyFileNameIsTheSettingsFile()
     {
-        const QString settings = m_home.write(QStringLiteral("custom/MySettings.ini"), "[Buttons]\r\n1=Yellow pages\r\n");
-        SetIniSettingsFile(settings);
+        const QString home = m_files.write(QStringLiteral("Settings.ini"), "[A]\r\nk=home\r\n");
+        SetIniSettingsFile(QString());
+        QString name;
+        QCOMPARE(GetKeyValue(QStringLiteral("A"), QStringLiteral("k"), kDefault, {}, {}, name), QStringLiteral("home"));
+        QCOMPARE(name, home);
 
-        QString fileName;
-        QCOMPARE(GetKeyValue(QStringLiteral("Buttons"), QStringLiteral("1"), kDefault, QString(), QString(), fileName),
-                 QStringLiteral("Yellow pages"));
-        QCOMPARE(fileName, settings);
-
-        QString writeName;
-        QVERIFY(WriteKeyValue(QStringLiteral("Buttons"), QStringLiteral("2"), QStringLiteral("Maps"), writeName));
-        QCOMPARE(writeName, settings);
-        QCOMPARE(TestHome::read(settings), QByteArray("[Buttons]\r\n1=Yellow pages\r\n2=Maps\r\n"));
-
-        // A named file is left as the caller gave it.
-        const QString other = m_home.write(QStringLiteral("custom/Other.ini"), "[Buttons]\r\n1=Other\r\n");
-        QString named = other;
-        QCOMPARE(GetKeyValue(QStringLiteral("Buttons"), QStringLiteral("1"), kDefault, QString(), QString(), named),
-                 QStringLiteral("Other"));
-        QCOMPARE(named, other);
+        const QString custom = m_files.add("[A]\r\nk=custom\r\n");
+        SetIniSettingsFile(custom);
+        name.clear();
+        QVERIFY(WriteKeyValue(QStringLiteral("A"), QStringLiteral("k"), QStringLiteral("new"), name));
+        QCOMPARE(name, custom);
+        QCOMPARE(TestHome::read(custom), QByteArray("[A]\r\nk=new\r\n"));
     }
 
-    // Until one is set, the settings file is Settings.ini in the program's folder, wherever the program was started.
-    void settingsFileIsNeverInTheCurrentDirectory()
+    // The reads of one request parse the file once, whether it is too recent to trust its time stamp or not.
+    void unchangedFileParsedOnce_data()
     {
-        const QString home = m_home.write(QStringLiteral("Settings.ini"), "[Buttons]\r\n1=FromHome\r\n");
-        QDir().mkpath(m_home.path() + QStringLiteral("/cwd"));
-        const QString cwd = m_home.path() + QStringLiteral("/cwd");
-        const QString decoy = cwd + QStringLiteral("/Settings.ini");
-        {
-            QFile f(decoy);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write("[Buttons]\r\n1=FromCurrentDirectory\r\n");
-        }
-        const QString before = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(cwd));
-        auto restore = qScopeGuard([&] { QDir::setCurrent(before); });
-
-        QString fileName;
-        QCOMPARE(GetKeyValue(QStringLiteral("Buttons"), QStringLiteral("1"), kDefault, QString(), QString(), fileName),
-                 QStringLiteral("FromHome"));
-        QCOMPARE(QFileInfo(fileName).canonicalFilePath(), QFileInfo(home).canonicalFilePath());
-        QVERIFY(QFileInfo(fileName).isAbsolute());
-
-        QString writeName;
-        QVERIFY(WriteKeyValue(QStringLiteral("Buttons"), QStringLiteral("1"), QStringLiteral("Written"), writeName));
-        QCOMPARE(TestHome::read(home), QByteArray("[Buttons]\r\n1=Written\r\n"));
-        QCOMPARE(TestHome::read(decoy), QByteArray("[Buttons]\r\n1=FromCurrentDirectory\r\n"));
-        QCOMPARE(QDir(cwd).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("Settings.ini")});
+        QTest::addColumn<int>("ageHours");
+        QTest::newRow("just written") << 0;
+        QTest::newRow("an hour old") << 1;
     }
 
-    // With no Settings.ini in the program's folder, one in the current directory is still not read.
-    void missingSettingsFileIsNotLookedForElsewhere()
+    void unchangedFileParsedOnce()
     {
-        QFile::remove(m_home.file(QStringLiteral("Settings.ini")));
-        const QString cwd = m_home.path() + QStringLiteral("/cwd2");
-        QDir().mkpath(cwd);
-        {
-            QFile f(cwd + QStringLiteral("/Settings.ini"));
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write("[Buttons]\r\n1=FromCurrentDirectory\r\n");
-        }
-        const QString before = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(cwd));
-        auto restore = qScopeGuard([&] { QDir::setCurrent(before); });
+        QFETCH(int, ageHours);
+        QByteArray bytes("[A]\r\n");
+        for (int i = 0; i < 25; ++i)
+            bytes += "k" + QByteArray::number(i) + "=" + QByteArray::number(i * 7) + "\r\n";
+        const QString file = m_files.add(bytes);
+        fs::last_write_time(file.toStdU16String(), fs::file_time_type::clock::now() - std::chrono::hours(ageHours));
+        const int before = IniCache::instance().parses();
+        for (int i = 0; i < 25; ++i)
+            QCOMPARE(readKey(file, QStringLiteral("A"), QStringLiteral("k%1").arg(i)), QString::number(i * 7));
+        QCOMPARE(IniCache::instance().parses() - before, 1);
+    }
 
-        QCOMPARE(GetKeyValue(QStringLiteral("Buttons"), QStringLiteral("1"), kDefault, QString(), QString(), QString()),
-                 kDefault);
+    // Another program rewrites the file in place within the time stamp's granularity: same size, same stamp.
+    void cacheSeesChanges()
+    {
+        const QString file = m_files.add("[A]\nk=aaaa\n");
+        const auto k = [&] { return readKey(file, QStringLiteral("A"), QStringLiteral("k")); };
+        QCOMPARE(k(), QStringLiteral("aaaa"));
+        const auto stamp = fs::last_write_time(file.toStdU16String());
+        QFile f(file);
+        QVERIFY(f.open(QIODevice::ReadWrite) && f.seek(6) && f.write("bbbb") == 4);
+        f.close();
+        fs::last_write_time(file.toStdU16String(), stamp);
+        QCOMPARE(k(), QStringLiteral("bbbb"));
+
+        QVERIFY(WriteKeyValue(QStringLiteral("A"), QStringLiteral("k"), QStringLiteral("own"), file));
+        QCOMPARE(k(), QStringLiteral("own"));
+        QVERIFY(QFile::remove(file));
+        QCOMPARE(k(), kDefault);
     }
 };
 

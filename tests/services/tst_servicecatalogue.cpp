@@ -1,192 +1,58 @@
 #include "services/ServiceCatalogue.h"
+#include "support/IniFiles.h"
 
-#include "common/Error.h"
-#include "common/ErrorTrap.h"
-#include "common/Prompter.h"
-#include "support/TestHome.h"
-
-#include <QDir>
 #include <QTest>
 
 using namespace corvalent;
-using corvalent::test::TestHome;
+using namespace corvalent::test;
 
 class TestServiceCatalogue : public QObject {
     Q_OBJECT
 
-private:
     TestHome m_home;
-    int m_folders = 0;
 
-    // A Presets folder holding the given entries: names ending in "/" are folders, the rest empty files.
-    QString presets(const QStringList& entries)
+    QString presets(const QString& name, const QStringList& files)
     {
-        const QString folder = m_home.file(QStringLiteral("presets%1").arg(++m_folders));
-        QDir().mkpath(folder);
-        for (const QString& entry : entries) {
-            if (entry.endsWith(QLatin1Char('/')))
-                QDir(folder).mkpath(entry);
-            else
-                m_home.write(QDir(m_home.programFolder()).relativeFilePath(folder + QLatin1Char('/') + entry),
-                             "[Settings]\r\n");
-        }
-        return folder;
-    }
-
-    static QStringList sorted(QStringList list)
-    {
-        list.sort();
-        return list;
+        for (const QString& file : files)
+            m_home.write(name + QLatin1Char('/') + file, "[Settings]\r\n");
+        return m_home.file(name);
     }
 
 private slots:
-    void init() { Prompter::install(std::make_unique<RecordingPrompter>()); }
-
-    void listing_data()
-    {
-        QTest::addColumn<QStringList>("entries");
-        QTest::addColumn<QStringList>("stored");    // what ListServiceFiles answers, in any order
-        QTest::addColumn<QStringList>("displayed"); // what a service list shows, in any order
-
-        QTest::newRow("blank and tilde names")
-            << QStringList{"Yellow pages.isf", "White~pages.isf", "notes.txt"}
-            << QStringList{"White~pages", "Yellow pages"} << QStringList{"White.pages", "Yellow pages"};
-        QTest::newRow("extension counted from the first dot")
-            << QStringList{"a.b.isf", "Good.isf", "y.isf.bak", "c~d~e.isf"} << QStringList{"Good", "c~d~e"}
-            << QStringList{"Good", "c.d.e"};
-        QTest::newRow("extension case matters") << QStringList{"X.ISF", "Y.Isf", "z.isf"} << QStringList{"z"}
-                                                << QStringList{"z"};
-        QTest::newRow("folders are not services") << QStringList{"Folder.isf/", "Archive/", "Real.isf"}
-                                                  << QStringList{"Real"} << QStringList{"Real"};
-        QTest::newRow("hidden files are not services") << QStringList{".hidden.isf", "Shown.isf"}
-                                                       << QStringList{"Shown"} << QStringList{"Shown"};
-        QTest::newRow("nothing but other files") << QStringList{"notes.txt", "Settings.ini"} << QStringList{}
-                                                 << QStringList{};
-        QTest::newRow("empty folder") << QStringList{} << QStringList{} << QStringList{};
-    }
-
+    // The extension counts from the first "." and its case matters; folders are not services.
     void listing()
     {
-        QFETCH(QStringList, entries);
-        QFETCH(QStringList, stored);
-        QFETCH(QStringList, displayed);
+        const QString folder = presets(QStringLiteral("Presets"),
+                                       {QStringLiteral("Yellow pages.isf"), QStringLiteral("White~pages.isf"),
+                                        QStringLiteral("notes.txt"), QStringLiteral("a.b.isf"), QStringLiteral("X.ISF"),
+                                        QStringLiteral("Old.isf/kept.txt")});
+        const auto sorted = [](QStringList list) { list.sort(); return list; };
+        QCOMPARE(sorted(ListServiceFiles(folder)), (QStringList{"White~pages", "Yellow pages"}));
+        const QStringList entries = ServiceListEntries(folder, true);
+        QCOMPARE(entries.value(0, QStringLiteral("none")), QString());
+        QCOMPARE(sorted(entries.mid(1)), (QStringList{"White.pages", "Yellow pages"}));
 
-        const QString folder = presets(entries);
-        QCOMPARE(sorted(ListServiceFiles(folder)), sorted(stored));
-
-        QCOMPARE(sorted(ServiceListEntries(folder, false)), sorted(displayed));
-        const QStringList withBlank = ServiceListEntries(folder, true);
-        QVERIFY(!withBlank.isEmpty());
-        QCOMPARE(withBlank.first(), QString());
-        QCOMPARE(sorted(withBlank.mid(1)), sorted(displayed));
+        const QString missing = m_home.file(QStringLiteral("none"));
+        QCOMPARE(ListServiceFiles(missing), QStringList());
+        QCOMPARE(ServiceListEntries(missing, true), QStringList{QString()});
     }
 
-    void missingFolderListsNothing()
+    void fileWithoutDotStopsTheListing()
     {
-        const QString folder = m_home.file(QStringLiteral("no-such-presets"));
-        QCOMPARE(ListServiceFiles(folder), QStringList());
-        QCOMPARE(ServiceListEntries(folder, false), QStringList());
-        QCOMPARE(ServiceListEntries(folder, true), QStringList{QString()});
-        QCOMPARE(ListServiceFiles(QString()), QStringList());
+        const QString folder = presets(QStringLiteral("Broken"), {QStringLiteral("A.isf"), QStringLiteral("README")});
+        QCOMPARE(raised([&] { ListServiceFiles(folder); }).number(), ErrorNumber::InvalidArgument);
     }
 
-    // A file without any "." cannot give an extension; the listing stops with "Invalid procedure call or
-    // argument", which the caller's trap reports.
-    void fileWithoutDotStopsListing()
+    // FileStem drops every ".isf", wherever it stands, and the folders.
+    void pathHelpers()
     {
-        const QString folder = presets({QStringLiteral("A.isf"), QStringLiteral("README"), QStringLiteral("B.isf")});
-        int number = 0;
-        try {
-            ListServiceFiles(folder);
-        } catch (const Error& e) {
-            number = e.number();
-        }
-        QCOMPARE(number, ErrorNumber::InvalidArgument);
-
-        auto prompter = std::make_unique<RecordingPrompter>();
-        RecordingPrompter* recorder = prompter.get();
-        Prompter::install(std::move(prompter));
-        QStringList shown{QStringLiteral("untouched")};
-        trappedSub(QStringLiteral("frmEdit: Sub Form_Load"), [&] { shown = ServiceListEntries(folder, true); });
-        QCOMPARE(shown, QStringList{QStringLiteral("untouched")});
-        QCOMPARE(recorder->prompts().size(), 1);
-        QVERIFY2(recorder->prompts().first().text.startsWith(
-                     QStringLiteral("Error 5: 'Invalid procedure call or argument'\rin frmEdit: Sub Form_Load")),
-                 qPrintable(recorder->prompts().first().text));
-    }
-
-    void folderFileExists_data()
-    {
-        QTest::addColumn<QString>("relative"); // below the test's own folder; "" asks for the empty path itself
-        QTest::addColumn<bool>("exists");
-
-        QTest::newRow("empty path") << "" << false;
-        QTest::newRow("existing folder") << "home" << true;
-        QTest::newRow("existing folder with trailing slash") << "home/" << true;
-        QTest::newRow("existing file") << "home/.test" << true;
-        QTest::newRow("missing file") << "home/none.isf" << false;
-        QTest::newRow("missing folder") << "nowhere/" << false;
-    }
-
-    void folderFileExists()
-    {
-        QFETCH(QString, relative);
-        QFETCH(bool, exists);
-        const QString path = relative.isEmpty() ? QString() : m_home.path() + QLatin1Char('/') + relative;
-        QCOMPARE(FolderFileExists(path), exists);
-    }
-
-    void fileExtension_data()
-    {
-        QTest::addColumn<QString>("fileName");
-        QTest::addColumn<QString>("extension"); // null when the name has no "."
-
-        QTest::newRow("service") << "Yellow pages.isf" << ".isf";
-        QTest::newRow("two dots") << "a.b.isf" << ".b.isf";
-        QTest::newRow("upper case kept") << "X.ISF" << ".ISF";
-        QTest::newRow("dot first") << ".isf" << ".isf";
-        QTest::newRow("dot last") << "name." << ".";
-        QTest::newRow("no dot") << "README" << QString();
-        QTest::newRow("empty") << "" << QString();
-    }
-
-    void fileExtension()
-    {
-        QFETCH(QString, fileName);
-        QFETCH(QString, extension);
-        if (extension.isNull()) {
-            int number = 0;
-            try {
-                FileExtension(fileName);
-            } catch (const Error& e) {
-                number = e.number();
-            }
-            QCOMPARE(number, ErrorNumber::InvalidArgument);
-        } else {
-            QCOMPARE(FileExtension(fileName), extension);
-        }
-    }
-
-    void fileStem_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("stem");
-
-        QTest::newRow("file name") << "Yellow pages.isf" << "Yellow pages";
-        QTest::newRow("full path") << "/data/Presets/White~pages.isf" << "White~pages";
-        QTest::newRow("folder with .isf in its name") << "/data/old.isf/Maps.isf" << "Maps";
-        QTest::newRow("every .isf removed") << "a.isf.isf" << "a";
-        QTest::newRow(".isf inside the name") << "x.isfy.isf" << "xy";
-        QTest::newRow("upper case not removed") << "X.ISF" << "X.ISF";
-        QTest::newRow("other extension kept") << "notes.txt" << "notes.txt";
-        QTest::newRow("no extension") << "/data/Presets/plain" << "plain";
-    }
-
-    void fileStem()
-    {
-        QFETCH(QString, path);
-        QFETCH(QString, stem);
-        QCOMPARE(FileStem(path), stem);
+        QVERIFY(!FolderFileExists(QString()));
+        QVERIFY(FolderFileExists(m_home.programFolder()));
+        QVERIFY(FolderFileExists(m_home.write(QStringLiteral("f.isf"), {})));
+        QVERIFY(!FolderFileExists(m_home.file(QStringLiteral("none.isf"))));
+        QCOMPARE(FileStem(QStringLiteral("/data/old.isf/Maps.isf")), QStringLiteral("Maps"));
+        QCOMPARE(FileStem(QStringLiteral("x.isfy.isf")), QStringLiteral("xy"));
+        QCOMPARE(FileStem(QStringLiteral("X.ISF")), QStringLiteral("X.ISF"));
     }
 };
 
