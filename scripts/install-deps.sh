@@ -7,6 +7,7 @@ packages=(
     build-essential cmake ninja-build pkg-config
     qt6-base-dev libqt6sql6-sqlite
     libbenchmark-dev
+    xdg-utils shared-mime-info desktop-file-utils
     xvfb xauth openbox dbus
 )
 

@@ -25,6 +25,13 @@ public:
     virtual QVariant invoke(const QString& member, const QVariantList& args = {}) = 0;
 };
 
+} // namespace corvalent
+
+// Before any use in a variant: an optimising compiler instantiates the helpers below where they stand.
+Q_DECLARE_METATYPE(corvalent::AutomationPtr)
+
+namespace corvalent {
+
 // Helpers for results and arguments.
 inline QVariant toVariant(const AutomationPtr& object)
 {
@@ -51,5 +58,3 @@ inline const QString kEventMemberDetach = QStringLiteral("Detach");             
 inline const QString kEventMemberIsRunning = QStringLiteral("IsRunning");         // dispatch 3: () -> bool
 
 } // namespace corvalent
-
-Q_DECLARE_METATYPE(corvalent::AutomationPtr)

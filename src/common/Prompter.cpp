@@ -91,6 +91,12 @@ QString MessageBoxPrompter::openFileName(const QString& caption, const QString& 
     return QFileDialog::getOpenFileName(nullptr, effectiveCaption(caption), startFolder, dialogFilter(filter));
 }
 
+QString MessageBoxPrompter::saveFileName(const QString& caption, const QString& filter, const QString& startFolder)
+{
+    return QFileDialog::getSaveFileName(nullptr, effectiveCaption(caption), startFolder, dialogFilter(filter), nullptr,
+                                        QFileDialog::DontConfirmOverwrite);
+}
+
 int ConsolePrompter::message(const QString& text, int style, const QString& caption)
 {
     QString shown = text;
@@ -100,6 +106,11 @@ int ConsolePrompter::message(const QString& text, int style, const QString& capt
 }
 
 QString ConsolePrompter::openFileName(const QString&, const QString&, const QString&)
+{
+    return QString();
+}
+
+QString ConsolePrompter::saveFileName(const QString&, const QString&, const QString&)
 {
     return QString();
 }
@@ -114,6 +125,11 @@ QString RecordingPrompter::openFileName(const QString& caption, const QString&, 
 {
     m_prompts.append({caption, -1, effectiveCaption(caption)});
     return m_fileNames.isEmpty() ? QString() : m_fileNames.takeFirst();
+}
+
+QString RecordingPrompter::saveFileName(const QString& caption, const QString& filter, const QString& startFolder)
+{
+    return openFileName(caption, filter, startFolder);
 }
 
 QStringList RecordingPrompter::texts() const

@@ -30,6 +30,10 @@ public:
     // Asks for a file to open; answers "" when the user cancels.
     virtual QString openFileName(const QString& caption, const QString& filter, const QString& startFolder) = 0;
 
+    // Asks for a file to create; answers "" when the user cancels. Replacing an existing file is the caller's
+    // decision, so the dialog does not ask about it.
+    virtual QString saveFileName(const QString& caption, const QString& filter, const QString& startFolder) = 0;
+
     // The prompter in use: the one installed, otherwise message boxes in a widget application and standard
     // error elsewhere.
     static Prompter& instance();
@@ -48,6 +52,7 @@ class MessageBoxPrompter : public Prompter {
 public:
     int message(const QString& text, int style, const QString& caption = QString()) override;
     QString openFileName(const QString& caption, const QString& filter, const QString& startFolder) override;
+    QString saveFileName(const QString& caption, const QString& filter, const QString& startFolder) override;
 };
 
 // For programs without windows: prints each message to standard error and takes the default button.
@@ -55,6 +60,7 @@ class ConsolePrompter : public Prompter {
 public:
     int message(const QString& text, int style, const QString& caption = QString()) override;
     QString openFileName(const QString& caption, const QString& filter, const QString& startFolder) override;
+    QString saveFileName(const QString& caption, const QString& filter, const QString& startFolder) override;
 };
 
 // Records every prompt and answers from a script; with the script used up, it takes the default button and
@@ -69,6 +75,7 @@ public:
 
     int message(const QString& text, int style, const QString& caption = QString()) override;
     QString openFileName(const QString& caption, const QString& filter, const QString& startFolder) override;
+    QString saveFileName(const QString& caption, const QString& filter, const QString& startFolder) override;
 
     void scriptAnswer(int answer) { m_answers.append(answer); }
     void scriptFileName(const QString& fileName) { m_fileNames.append(fileName); }
