@@ -16,6 +16,7 @@ class ContactHost : public QObject {
     Q_OBJECT
 public:
     enum class View { Contact, ContactList };
+    Q_ENUM(View)
     // The Type the active view reports: 2 exactly when the contact view is active.
     static constexpr int kContactViewType = 2;
     static constexpr int kContactListViewType = 3;
@@ -23,7 +24,9 @@ public:
     explicit ContactHost(QObject* parent = nullptr);
     ~ContactHost() override;
 
-    // Opens or creates a database; the lookup becomes all contacts and the first one is current.
+    // Opens or creates a database; the lookup becomes all contacts and the first one is current. A database open
+    // before is closed first (OnDatabaseClose); then databaseOpened and OnContactLookupChange fire. A file that
+    // cannot be opened is refused before anything changes.
     void openDatabase(const QString& path);
     void newDatabase(const QString& path);
     void closeDatabase(); // fires OnDatabaseClose
@@ -37,7 +40,8 @@ public:
     void lookupAll();                     // fires OnContactLookupChange
     void lookupText(const QString& text); // fires OnContactLookupChange
     void moveToRow(int row);              // fires OnContactPosChange when the current contact changes
-    void moveTo(qint64 contactId);        // the same by ID; a contact outside the lookup joins it
+    void moveTo(qint64 contactId);        // the same by ID; a contact outside the lookup joins it (and
+                                          // OnContactLookupChange fires before OnContactPosChange)
     void first();
     void previous();
     void next();

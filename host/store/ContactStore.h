@@ -19,7 +19,9 @@ public:
     ContactStore(const ContactStore&) = delete;
     ContactStore& operator=(const ContactStore&) = delete;
 
-    // Opens an existing database, or creates an empty one (no contacts but My Record).
+    // Opens an existing database, or creates an empty one (no contacts but My Record). A file that is not a
+    // contact database is refused (440) without a byte written to it, and the database open before stays open.
+    // create() never replaces a file: an existing path is Error 58.
     void open(const QString& path);
     void create(const QString& path);
     void close();
@@ -65,9 +67,11 @@ private:
     std::unique_ptr<Impl> d;
 };
 
-// Writes the sample database (about fifty made-up contacts in several countries) to `path`.
+// Writes the sample database (about fifty made-up contacts in several countries) to `path`. Both writers build
+// the file beside `path` and rename it into place when it is complete, so a failure leaves `path` as it was.
 void writeSampleDatabase(const QString& path);
-// Writes `count` generated contacts to `path` (for benchmarks: a million takes well under a minute).
+// Writes `count` generated contacts to `path`, the first of them My Record; `count` < 1 is Error 5. For
+// benchmarks: a million takes well under a minute.
 void writeGeneratedDatabase(const QString& path, qint64 count);
 
 } // namespace corvalent::host
