@@ -15,6 +15,16 @@ public:
     explicit ContactsWindow(ContactHost& host, QWidget* parent = nullptr);
     ~ContactsWindow() override;
 
+public slots:
+    // What the menu commands do once their dialog has been answered. Each reports a failure to the user
+    // (through the installed prompter) and answers whether it succeeded; a failure changes nothing.
+    bool openDatabaseFile(const QString& path);
+    bool newDatabaseFile(const QString& path);
+    void lookupText(const QString& text);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
 private:
     struct Impl;
     std::unique_ptr<Impl> d;
