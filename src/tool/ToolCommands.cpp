@@ -1,5 +1,10 @@
 #include "tool/ToolCommands.h"
 
+#include "act/ActSession.h"
+#include "act/ContactCapture.h"
+#include "act/ContactForm.h"
+#include "act/DBusBackend.h"
+#include "common/Error.h"
 #include "common/ProgramFolder.h"
 #include "common/Windows1252.h"
 #include "prefs/SettingsFile.h"
@@ -83,6 +88,22 @@ QString findService(const QString& name)
     return QString();
 }
 
+// One slot per line: a text must not break the line or add a column.
+QString escapedText(const QString& text)
+{
+    QString escaped;
+    for (QChar c : text) {
+        switch (c.unicode()) {
+        case '\\': escaped += QStringLiteral("\\\\"); break;
+        case '\t': escaped += QStringLiteral("\\t"); break;
+        case '\n': escaped += QStringLiteral("\\n"); break;
+        case '\r': escaped += QStringLiteral("\\r"); break;
+        default: escaped += c;
+        }
+    }
+    return escaped;
+}
+
 } // namespace
 
 QString usage()
@@ -93,12 +114,17 @@ QString usage()
         "  corvalent-tool ini set SECTION KEY VALUE FILE\n"
         "  corvalent-tool request SERVICE [--field N=TEXT]...\n"
         "  corvalent-tool services [FOLDER]\n"
+        "  corvalent-tool capture SERVICE [--option business|home|custom] [--phone FIELD]\n"
         "\n"
         "ini get/set   read or write one key with the program's own INI rules; FILE \"\" is Settings.ini\n"
         "request       print the address GO would open for SERVICE (a .isf file, or a service of the Presets\n"
         "              folder by name) with the field rows N (0-9) set to TEXT; for the postal lookup, print the\n"
         "              POST page instead\n"
         "services      list the services of FOLDER (default: the Presets folder) by display name\n"
+        "capture       read the current contact of the running contact manager as SERVICE's rows would, with the\n"
+        "              address option (default business; custom when only --phone is given) and, for custom,\n"
+        "              the phone field FIELD; prints per slot its number, \"grab\" or \"nograb\" and its text,\n"
+        "              tab-separated, with \\, tabs and line breaks in the text written as \\\\, \\t, \\n, \\r\n"
         "\n"
         "Exit codes: 0 done, 1 failed (a message says why), 2 wrong command line.\n");
 }
@@ -197,6 +223,75 @@ int services(const QStringList& args, Output io)
     }
     for (const QString& name : ServiceListEntries(folder, false))
         io.out << name << "\n";
+    return kOk;
+}
+
+int capture(const QStringList& args, Output io)
+{
+    const char* synopsis = "capture SERVICE [--option business|home|custom] [--phone FIELD]";
+    const auto p = parse(args, {QStringLiteral("option"), QStringLiteral("phone")}, io);
+    if (!p || p->positional.size() != 1)
+        return wrongArguments(io, synopsis);
+
+    const QStringList options{QStringLiteral("business"), QStringLiteral("home"), QStringLiteral("custom")};
+    const auto phoneArg = p->option(QStringLiteral("phone"));
+    // Choosing a phone in the window selects the custom option; the command line does the same.
+    const QString optionName = p->option(QStringLiteral("option"))
+                                   .value_or(phoneArg ? QStringLiteral("custom") : QStringLiteral("business"));
+    const int option = int(options.indexOf(optionName));
+    if (option < 0) {
+        io.err << "corvalent-tool: --option is business, home or custom, not \"" << optionName << "\"\n";
+        return wrongArguments(io, synopsis);
+    }
+    bool phoneOk = true;
+    const qint32 phoneField = phoneArg ? phoneArg->toInt(&phoneOk) : 0;
+    if (!phoneOk) {
+        io.err << "corvalent-tool: --phone wants a field ID, not \"" << *phoneArg << "\"\n";
+        return wrongArguments(io, synopsis);
+    }
+
+    const QString service = findService(p->positional[0]);
+    if (service.isEmpty()) {
+        io.err << "corvalent-tool: no service file " << p->positional[0] << " (looked in " << PresetsDir() << ")\n";
+        return kFailed;
+    }
+
+    DBusBackend backend;
+    ActSession session;
+    try {
+        session.attachEvents(backend);
+        if (!session.isDatabaseOpen()) {
+            io.err << "corvalent-tool: the contact manager has no database open\n";
+            return kFailed;
+        }
+        session.OpenSession(backend);
+        constexpr qint32 kPhoneType = 14;
+        if (phoneArg && session.fieldType(QString::number(phoneField)) != kPhoneType) {
+            io.err << "corvalent-tool: field " << phoneField << " is not a phone field\n";
+            return kFailed;
+        }
+    } catch (const Error& e) {
+        if (e.number() == ErrorNumber::CannotCreateObject)
+            io.err << "corvalent-tool: the contact manager is not running (start corvalent-contacts)\n";
+        else
+            io.err << "corvalent-tool: the contact manager cannot be used: Error " << e.number() << ": "
+                   << e.description() << "\n";
+        return kFailed;
+    }
+
+    ContactForm form;
+    form.setAddressOption(option);
+    if (phoneArg)
+        form.setPhones({{QStringLiteral("[%1]").arg(session.label(QString::number(phoneField))), phoneField}}, 0);
+    ContactCapture capture(session, form);
+    capture.setServiceFile(service);
+    // The error box has been printed by the capture's own trap when it did not run to its end.
+    if (!capture.Get_Contact(false))
+        return kFailed;
+    for (int slot = 0; slot < ContactForm::kSlots; ++slot) {
+        io.out << slot << '\t' << (form.grabEnabled(slot) ? "grab" : "nograb") << '\t' << escapedText(form.text(slot))
+               << '\n';
+    }
     return kOk;
 }
 

@@ -19,6 +19,8 @@ int iniGet(const QStringList& args, Output io);
 int iniSet(const QStringList& args, Output io);
 int request(const QStringList& args, Output io);
 int services(const QStringList& args, Output io);
+// What capture reads from the running contact manager for a service: one line per slot.
+int capture(const QStringList& args, Output io);
 
 QString usage();
 

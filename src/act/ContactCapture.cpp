@@ -1,0 +1,135 @@
+#include "act/ContactCapture.h"
+
+#include "act/FieldDerivations.h"
+#include "act/PhoneFormat.h"
+#include "common/ErrorTrap.h"
+#include "common/VbRuntime.h"
+#include "request/TextTransforms.h"
+#include "services/IniLib.h"
+#include "services/ServiceDefinition.h"
+
+namespace corvalent {
+
+namespace {
+
+QString serviceKey(const QString& serviceFile, const QString& key, const QString& defaultValue = QString())
+{
+    return GetKeyValue(kServiceSection, key, defaultValue, QString(), QString(), serviceFile);
+}
+
+} // namespace
+
+ContactCapture::ContactCapture(ActSession& session, ContactForm& form)
+    : m_session(session), m_form(form)
+{
+}
+
+bool ContactCapture::Get_Contact(bool NoDisplay)
+{
+    std::array<bool, kFieldRows> filled{};
+    const bool completed = trappedSub(QStringLiteral("frmMain: Sub Get_Contact"), [&] {
+        std::array<QString, kFieldRows> previousCodes;
+        std::array<QString, kFieldRows> currentTexts;
+        if (ResetFields) {
+            ResetFields = false;
+        } else {
+            for (int i = 0; i < kFieldRows; ++i) {
+                previousCodes[size_t(i)] = FieldCodes[size_t(i)];
+                currentTexts[size_t(i)] = m_form.text(i);
+            }
+        }
+
+        const int base = CInt(serviceKey(m_serviceFile, QStringLiteral("Base"), QStringLiteral("0")));
+
+        const bool contactView = m_session.activeViewType() == ActSession::kActiveContactView;
+        if (contactView) {
+            m_session.useContactView(m_session.createView(ActSession::kCreateContactView));
+        } else {
+            AutomationPtr listView = m_session.createView(ActSession::kCreateListView);
+            AutomationPtr grid = m_session.getGrid(listView);
+            const qint32 row = m_session.currentRow(grid);
+            m_session.useGrid(std::move(listView), std::move(grid), row);
+        }
+
+        for (int i = 0; i < kFieldRows; ++i) {
+            const size_t s = size_t(i);
+            const QString code = serviceKey(m_serviceFile, QStringLiteral("F%1").arg(i));
+            const QString barred = QLatin1Char('|') + code + QLatin1Char('|');
+            m_form.setGrabEnabled(i, !contactView || !kNoGrabInContactView.contains(barred));
+
+            // The record says which code filled each slot, so an empty or unusable code is remembered too: a
+            // service without the slot must not make the next one keep an emptied box.
+            FieldCodes[s] = code;
+            if (!IsNumeric(code)) {
+                FieldValues[s].clear();
+                filled[s] = true;
+                continue;
+            }
+
+            const bool keep = previousCodes[s] == code && !previousCodes[s].isEmpty() && (!contactView || !LoadAll);
+            FieldValues[s] = keep ? currentTexts[s] : fill(i, code, base, contactView);
+            filled[s] = true;
+        }
+    });
+
+    // After a failure the window still shows what was captured so far; the boxes of the slots not reached keep
+    // what the user sees, typed text included, so nothing is lost.
+    if (!NoDisplay) {
+        for (int i = 0; i < kFieldRows; ++i) {
+            if (filled[size_t(i)])
+                m_form.setText(i, FieldValues[size_t(i)]);
+        }
+    }
+    return completed;
+}
+
+QString ContactCapture::fill(int slot, const QString& code, int base, bool contactView)
+{
+    const size_t s = size_t(slot);
+    if (code == QLatin1String("777")) {
+        m_form.setGrabEnabled(slot, false);
+        return Get_Home_Number(m_session.readField(GetAddressField(m_form, m_serviceFile)));
+    }
+    if (code == QLatin1String("778")) {
+        m_form.setGrabEnabled(slot, false);
+        return Remove_Home_Number(m_session.readField(GetAddressField(m_form, m_serviceFile)), m_serviceFile);
+    }
+    if (code == QLatin1String("779")) {
+        m_form.setGrabEnabled(slot, false);
+        const qint32 addressField = GetAddressField(m_form, m_serviceFile);
+        if (addressField == ContactFieldId::BusinessAddress1)
+            return m_session.readField(ContactFieldId::BusinessCity) + QStringLiteral(", ")
+                + m_session.readField(ContactFieldId::BusinessState);
+        if (addressField == ContactFieldId::HomeAddress1)
+            return m_session.readField(ContactFieldId::HomeCity) + QStringLiteral(", ")
+                + m_session.readField(ContactFieldId::HomeState);
+        // A custom address has no city and state of its own to pair: the slot keeps what it had.
+        return FieldValues[s];
+    }
+    if (code == QLatin1String("888")) {
+        m_form.setGrabEnabled(slot, false);
+        return Custom_Phone(m_session.readField(GetPhoneNumber(m_form)), slot, m_serviceFile);
+    }
+
+    const qint32 fieldId = CLng(code);
+    if (base > 0)
+        return valueOfField(code, m_session.readField(fieldId));
+    if (slot >= 2 && slot <= 6) {
+        if (m_form.addressOption() == ContactForm::Custom)
+            return m_session.readField(fieldId);
+        if (m_form.addressOption() == ContactForm::Business)
+            return GetBusiness(m_session, qint16(slot), !contactView);
+        return GetHome(m_session, qint16(slot), !contactView);
+    }
+    return valueOfField(code, m_session.readField(fieldId));
+}
+
+// A phone field's text may carry its type in front ("[Business] 555-0199"); the record wants the number.
+QString ContactCapture::valueOfField(const QString& code, const QString& text)
+{
+    if (text.isEmpty())
+        return text;
+    return isPhone(m_session, QString::number(CLng(code))) ? GetVal(text) : text;
+}
+
+} // namespace corvalent

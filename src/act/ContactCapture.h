@@ -1,0 +1,50 @@
+#pragma once
+
+#include "act/ActSession.h"
+#include "act/ContactForm.h"
+
+#include <QString>
+#include <array>
+
+namespace corvalent {
+
+// Reads the contact the user is looking at into the contact record, by the rows of the selected service: the one
+// place where contact data enters the program.
+class ContactCapture {
+public:
+    // "|code|" in this list disables Grab in the contact view before the code is looked at; in the lookup grid
+    // Grab starts enabled for every code, so 78 and 79 keep it there. That difference is wanted.
+    static inline const QString kNoGrabInContactView = QStringLiteral("|777|778|888|78|79|");
+
+    ContactCapture(ActSession& session, ContactForm& form);
+
+    // The service file whose F0 to F9 and Base steer the capture.
+    void setServiceFile(const QString& path) { m_serviceFile = path; }
+    const QString& serviceFile() const { return m_serviceFile; }
+
+    // The contact record: the code that filled each slot at the last capture, and the captured text.
+    std::array<QString, 10> FieldCodes;
+    std::array<QString, 10> FieldValues;
+
+    // Set by the contact events: every slot is read anew, typed text or not. Get_Contact clears it.
+    bool ResetFields = false;
+    // Set while "Load all fields" captures: in the contact view, typed text is not kept.
+    bool LoadAll = false;
+
+    // Captures into FieldCodes and FieldValues and, unless NoDisplay, shows them in the form's ten texts; sets
+    // the ten Grab flags either way. A slot whose code is the same as at the last capture keeps the text the form
+    // shows, so typing survives a change of service. Behind the error trap ("frmMain: Sub Get_Contact"): after an
+    // error the slots filled so far keep and show their new values, the others stay as they were. Answers
+    // whether the capture ran to its end.
+    bool Get_Contact(bool NoDisplay);
+
+private:
+    QString fill(int slot, const QString& code, int base, bool contactView);
+    QString valueOfField(const QString& code, const QString& text);
+
+    ActSession& m_session;
+    ContactForm& m_form;
+    QString m_serviceFile;
+};
+
+} // namespace corvalent

@@ -1,0 +1,110 @@
+#pragma once
+
+// Shared by the capture tests: a small contact database, the contact manager's model on it in this process, an
+// open session, and a backend in between that logs every call and can stop answering.
+
+#include "act/ActSession.h"
+#include "common/Error.h"
+#include "common/Prompter.h"
+#include "model/ContactHost.h"
+#include "store/ContactStore.h"
+#include "support/InProcessBackend.h"
+#include "support/RequestSupport.h"
+#include "support/TestHome.h"
+
+#include <QMap>
+#include <QTest>
+#include <memory>
+
+namespace corvalent::test {
+
+using Fields = QMap<int, QString>;
+
+// Phones are given in their stored form, "+1 (514) 555-0199"; the contact view shows "(514) 555-0199".
+inline const Fields kContactA{{26, "Jean Tremblay"}, {25, "Acme Ltée"}, {27, "1500 Rue Peel"}, {29, "Suite 29"},
+    {30, "Montréal"}, {31, "QC"}, {32, "H3A 1S9"}, {33, "Canada"}, {35, "+1 (514) 555-0199"},
+    {37, "+1 (450) 555-0111"}, {38, "+1 (514) 555-0100"}, {65, "12B Main St"}, {67, "Laval"}, {68, "QC"},
+    {69, "H7A 1A1"}, {70, "Home Canada"}, {80, "u1 A"}};
+inline const Fields kContactB{{26, "Anne Martin"}, {25, "Beta Inc"}, {27, "200 King St W"}, {30, "Toronto"},
+    {31, "ON"}, {32, "M5H 1J9"}, {33, "Canada"}, {35, "+33 01 23 45 67 89"}, {65, "7 Elm Rd"},
+    {67, "Oakville"}, {68, "ON"}, {69, "L6J 1A1"}, {70, "Home Ontario"}, {80, "u1 B"}};
+
+// Each call goes to the backend it wraps, after being logged. With a budget set, the calls beyond it fail with
+// 440, as every call does once the contact manager has gone.
+class FlakyBackend : public AutomationBackend {
+public:
+    explicit FlakyBackend(AutomationBackend& inner) : m_inner(inner) {}
+
+    AutomationPtr create(const QString& progId, std::source_location at) override
+    {
+        return wrap(m_inner.create(progId, at));
+    }
+    HostEvents& events() override { return m_inner.events(); }
+
+    void failAfter(int calls) { m_state->budget = calls; } // -1: never
+    QStringList& calls() { return m_state->calls; }
+    qsizetype count(const QString& member) const { return m_state->calls.count(member); }
+
+private:
+    struct State {
+        QStringList calls;
+        int budget = -1;
+    };
+    struct Object : AutomationObject {
+        std::shared_ptr<State> state;
+        AutomationPtr inner;
+        QVariant invoke(const QString& member, const QVariantList& args) override
+        {
+            state->calls << member;
+            if (state->budget == 0)
+                throw Error(ErrorNumber::AutomationError);
+            if (state->budget > 0)
+                --state->budget;
+            const QVariant result = inner->invoke(member, args);
+            return holdsObject(result) ? toVariant(wrap(state, toObject(result))) : result;
+        }
+    };
+    static AutomationPtr wrap(const std::shared_ptr<State>& state, AutomationPtr inner)
+    {
+        auto object = std::make_shared<Object>();
+        object->state = state;
+        object->inner = std::move(inner);
+        return object;
+    }
+    AutomationPtr wrap(AutomationPtr inner) { return wrap(m_state, std::move(inner)); }
+
+    AutomationBackend& m_inner;
+    std::shared_ptr<State> m_state = std::make_shared<State>();
+};
+
+// A contact manager on a new database holding `contacts`, with an open session through a FlakyBackend.
+class HostFixture {
+public:
+    explicit HostFixture(const QList<Fields>& contacts)
+    {
+        const QString path = home.file(QStringLiteral("contacts.cvdb"));
+        {
+            host::ContactStore store;
+            store.create(path);
+            for (const Fields& fields : contacts) {
+                const qint64 id = store.addContact();
+                for (auto it = fields.begin(); it != fields.end(); ++it)
+                    store.setFieldText(id, it.key(), it.value());
+                ids << id;
+            }
+        }
+        host.openDatabase(path);
+        host.moveTo(ids.first());
+        session.OpenSession(backend);
+        backend.calls().clear();
+    }
+
+    TestHome home;
+    host::ContactHost host;
+    InProcessBackend inProcess{host};
+    FlakyBackend backend{inProcess};
+    ActSession session;
+    QList<qint64> ids;
+};
+
+} // namespace corvalent::test

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "act/AutomationBackend.h"
+
+#include <QPointer>
+
+namespace corvalent::host {
+class ContactHost;
+}
+
+namespace corvalent::test {
+
+// The contact manager's object model in this process, seen through the interface the add-on uses, so tests drive
+// the real model rather than a stand-in. Events reach events() through the event loop, as they do from another
+// process: a call made by the add-on returns before the event it caused is handled.
+class InProcessBackend : public AutomationBackend {
+public:
+    explicit InProcessBackend(host::ContactHost& host);
+    ~InProcessBackend() override;
+
+    AutomationPtr create(const QString& progId, std::source_location at = std::source_location::current()) override;
+    HostEvents& events() override { return m_events; }
+
+    // Once the host is gone, create() raises 429 as for a contact manager that is not running.
+    host::ContactHost* host() const { return m_host; }
+
+private:
+    QPointer<host::ContactHost> m_host;
+    HostEvents m_events;
+};
+
+} // namespace corvalent::test
