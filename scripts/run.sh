@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs corvalent-tool. With no arguments it lists the services of the
-# program folder (seeded with the shipped presets on first run) and previews the request GO would send for a
-# sample contact; with arguments it runs corvalent-tool with them.
+# Installs what is missing, builds, and starts the contact manager with its sample contacts (unless one is already
+# running), then shows what the add-on captures from it and what GO would open. With arguments, runs
+# corvalent-tool with them instead.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
@@ -10,11 +10,32 @@ tool=build/src/tool/corvalent-tool
 if [ $# -gt 0 ]; then
     exec "$tool" "$@"
 fi
-echo "== Services in the program folder"
-"$tool" services
+bash scripts/register-desktop.sh
+
+if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+    echo "No desktop session (DISPLAY is not set): the contact manager needs one. Services in the program folder:"
+    "$tool" services
+    exit 0
+fi
+if [ -z "${DBUS_SESSION_BUS_ADDRESS:-}" ]; then
+    # A desktop without a session bus: give the two programs one of their own.
+    exec dbus-run-session -- bash "$0"
+fi
+
+contacts_pid=""
+if ! "$tool" capture "OpenStreetMap address" >/dev/null 2>&1; then
+    build/host/corvalent-contacts &
+    contacts_pid=$!
+    for _ in $(seq 1 100); do
+        "$tool" capture "OpenStreetMap address" >/dev/null 2>&1 && break
+        sleep 0.2
+    done
+fi
+echo "== What the add-on captures from the current contact for 'OpenStreetMap address'"
+"$tool" capture "OpenStreetMap address" || true
 echo
-echo "== What GO would open for 'OpenStreetMap address' and a sample contact"
-"$tool" request "OpenStreetMap address" --field 0="Hélène Côté" --field 2="1234 rue Sainte-Catherine" \
-    --field 3="Montréal" --field 4="QC" --field 5="H3G 1P1" --field 6="Canada"
-echo
-echo "Run 'bash scripts/run.sh --help' for everything corvalent-tool does."
+echo "Browse the contacts in the Corvalent Contacts window; 'bash scripts/run.sh capture SERVICE' shows the capture"
+echo "again, 'bash scripts/run.sh --help' everything corvalent-tool does."
+if [ -n "$contacts_pid" ]; then
+    wait "$contacts_pid"
+fi
