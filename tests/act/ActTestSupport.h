@@ -29,74 +29,70 @@ inline const Fields kContactB{{26, "Anne Martin"}, {25, "Beta Inc"}, {27, "200 K
     {31, "ON"}, {32, "M5H 1J9"}, {33, "Canada"}, {35, "+33 01 23 45 67 89"}, {65, "7 Elm Rd"},
     {67, "Oakville"}, {68, "ON"}, {69, "L6J 1A1"}, {70, "Home Ontario"}, {80, "u1 B"}};
 
-// Each call goes to the backend it wraps, after being logged. With a budget set, the calls beyond it fail with
-// 440, as every call does once the contact manager has gone.
+// Logs each call before passing it on; once the budget is spent, every call fails with 440, as every call does
+// once the contact manager has gone.
 class FlakyBackend : public AutomationBackend {
 public:
     explicit FlakyBackend(AutomationBackend& inner) : m_inner(inner) {}
-
     AutomationPtr create(const QString& progId, std::source_location at) override
     {
         return wrap(m_inner.create(progId, at));
     }
     HostEvents& events() override { return m_inner.events(); }
 
-    void failAfter(int calls) { m_state->budget = calls; } // -1: never
-    QStringList& calls() { return m_state->calls; }
-    qsizetype count(const QString& member) const { return m_state->calls.count(member); }
+    QStringList calls;
+    int budget = -1; // calls left; -1: no limit
 
 private:
-    struct State {
-        QStringList calls;
-        int budget = -1;
-    };
     struct Object : AutomationObject {
-        std::shared_ptr<State> state;
+        FlakyBackend* backend = nullptr;
         AutomationPtr inner;
         QVariant invoke(const QString& member, const QVariantList& args) override
         {
-            state->calls << member;
-            if (state->budget == 0)
+            backend->calls << member;
+            if (backend->budget == 0)
                 throw Error(ErrorNumber::AutomationError);
-            if (state->budget > 0)
-                --state->budget;
+            if (backend->budget > 0)
+                --backend->budget;
             const QVariant result = inner->invoke(member, args);
-            return holdsObject(result) ? toVariant(wrap(state, toObject(result))) : result;
+            return holdsObject(result) ? toVariant(backend->wrap(toObject(result))) : result;
         }
     };
-    static AutomationPtr wrap(const std::shared_ptr<State>& state, AutomationPtr inner)
+    AutomationPtr wrap(AutomationPtr inner)
     {
         auto object = std::make_shared<Object>();
-        object->state = state;
+        object->backend = this;
         object->inner = std::move(inner);
         return object;
     }
-    AutomationPtr wrap(AutomationPtr inner) { return wrap(m_state, std::move(inner)); }
-
     AutomationBackend& m_inner;
-    std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
 // A contact manager on a new database holding `contacts`, with an open session through a FlakyBackend.
 class HostFixture {
 public:
-    explicit HostFixture(const QList<Fields>& contacts)
+    explicit HostFixture(const QList<Fields>& contacts = {kContactA, kContactB})
     {
         const QString path = home.file(QStringLiteral("contacts.cvdb"));
         {
             host::ContactStore store;
             store.create(path);
             for (const Fields& fields : contacts) {
-                const qint64 id = store.addContact();
+                ids << store.addContact();
                 for (auto it = fields.begin(); it != fields.end(); ++it)
-                    store.setFieldText(id, it.key(), it.value());
-                ids << id;
+                    store.setFieldText(ids.last(), it.key(), it.value());
             }
         }
         host.openDatabase(path);
         host.moveTo(ids.first());
         session.OpenSession(backend);
-        backend.calls().clear();
+        backend.calls.clear();
+    }
+    // The session reads from the contact view with `contact` current.
+    void viewContact(int contact)
+    {
+        host.moveTo(ids[contact]);
+        session.useContactView(session.createView(ActSession::kCreateContactView));
     }
 
     TestHome home;

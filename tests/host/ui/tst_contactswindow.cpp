@@ -6,30 +6,27 @@
 #include "support/TestHome.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 #include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTableView>
 #include <QTest>
-#include <QToolBar>
 #include <algorithm>
 
 using namespace corvalent;
 using namespace corvalent::host;
+using namespace Qt::StringLiterals;
 
 // The window on a real host and a real sample database: what the user does in the window must reach the store
 // and fire the host's events, and what the host does (automation included) must show in the window.
 class TestContactsWindow : public QObject {
     Q_OBJECT
 
-private:
     test::TestHome m_home;
     int m_databases = 0;
     QString m_path;
@@ -39,28 +36,27 @@ private:
 
     template <typename T = QWidget>
     T* child(const QString& name = QString()) const { return m_window->findChild<T*>(name); }
+    QAction* action(const QString& name) const { return child<QAction>(name); }
     QLineEdit* editor(int fieldId) const
     {
-        QWidget* w = child(QStringLiteral("field%1").arg(fieldId));
+        QWidget* w = child(u"field%1"_s.arg(fieldId));
         auto combo = qobject_cast<QComboBox*>(w);
         return combo ? combo->lineEdit() : qobject_cast<QLineEdit*>(w);
     }
-    QTableView* table() const { return child<QTableView>(QStringLiteral("contactListView")); }
+    QTableView* table() const { return child<QTableView>(u"contactListView"_s); }
+    int rows() const { return table()->model()->rowCount(); }
     ContactStore& store() const { return m_host->store(); }
-    bool showsAction(const QString& container, const QString& name) const
+    bool shows(const QString& container, const QString& command) const
     {
         const QList<QAction*> actions = child(container)->actions();
         return std::any_of(actions.begin(), actions.end(),
-                           [&](QAction* a) { return a->objectName().endsWith(QLatin1Char(':') + name); });
+                           [&](QAction* a) { return a->objectName().endsWith(u':' + command); });
     }
-    ContactStore::AuxCommand auxCommand(const QString& name, const QString& program) const
+    void addAuxCommand(const QString& name, const QString& program, int toolbarView, int menuView)
     {
-        ContactStore::AuxCommand command;
-        command.name = command.title = name;
-        command.program = program;
-        command.folder = m_home.path();
-        command.hint = QStringLiteral("click to launch ") + name;
-        return command;
+        store().addAuxCommand({name, program, m_home.path(), name, {}, {}, {}, 0});
+        store().setAuxCommandInToolbar(name, toolbarView, true);
+        store().setAuxCommandInToolsMenu(name, menuView, true);
     }
 
 private slots:
@@ -70,10 +66,9 @@ private slots:
         m_prompter = prompter.get();
         Prompter::install(std::move(prompter));
     }
-
     void init()
     {
-        m_path = m_home.file(QStringLiteral("sample%1.cvdb").arg(++m_databases));
+        m_path = m_home.file(u"sample%1.cvdb"_s.arg(++m_databases));
         writeSampleDatabase(m_path);
         m_host = std::make_unique<ContactHost>();
         m_host->openDatabase(m_path);
@@ -82,7 +77,6 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
         m_prompter->clear();
     }
-
     void cleanup()
     {
         m_window.reset();
@@ -91,7 +85,7 @@ private slots:
 
     void navigationMovesAndShowsTheContact_data()
     {
-        QTest::addColumn<QString>("action");
+        QTest::addColumn<QString>("command"); // "" picks the row in the list
         QTest::addColumn<int>("startRow");
         QTest::addColumn<int>("expectedRow"); // -1: the last row
         QTest::newRow("next") << "actionNext" << 0 << 1;
@@ -102,28 +96,24 @@ private slots:
     }
     void navigationMovesAndShowsTheContact()
     {
-        QFETCH(QString, action);
+        QFETCH(QString, command);
         QFETCH(int, startRow);
         QFETCH(int, expectedRow);
-        const int count = int(m_host->lookupIds().size());
-        QVERIFY(count > 3);
-        if (expectedRow < 0)
-            expectedRow = count - 1;
+        const int count = rows();
+        expectedRow = expectedRow < 0 ? count - 1 : expectedRow;
         m_host->moveToRow(startRow);
         const QString before = editor(26)->text();
 
-        if (action.isEmpty())
+        if (command.isEmpty())
             table()->setCurrentIndex(table()->model()->index(expectedRow, 0));
         else
-            child<QAction>(action)->trigger();
+            action(command)->trigger();
 
         QCOMPARE(m_host->currentRow(), expectedRow);
-        const qint64 id = m_host->currentId();
         QVERIFY(editor(26)->text() != before);
         for (int field : {26, 25, 30, 35})
-            QCOMPARE(editor(field)->text(), store().fieldText(id, field));
-        QCOMPARE(child<QLabel>(QStringLiteral("lblPosition"))->text(),
-                 QStringLiteral("Contact %1 of %2").arg(expectedRow + 1).arg(count));
+            QCOMPARE(editor(field)->text(), store().fieldText(m_host->currentId(), field));
+        QCOMPARE(child<QLabel>(u"lblPosition"_s)->text(), u"Contact %1 of %2"_s.arg(expectedRow + 1).arg(count));
         QCOMPARE(table()->currentIndex().row(), expectedRow);
     }
 
@@ -134,12 +124,11 @@ private slots:
         QTest::addColumn<QString>("finish"); // a key, an action, or what happens to the window
         QTest::addColumn<bool>("written");
         QTest::newRow("city, Return") << 30 << "Return" << true;
-        QTest::newRow("city, Tab away") << 30 << "Tab" << true;
         QTest::newRow("title, typed into the list's box") << 34 << "Tab" << true;
         QTest::newRow("read-only create date") << 78 << "Return" << false;
         QTest::newRow("city, next contact") << 30 << "actionNext" << true;
-        QTest::newRow("city, contact list") << 30 << "actionViewContactList" << true;
         QTest::newRow("city, window closed") << 30 << "close" << true;
+        // Deleting the window moves focus out of the editor after the window's state is gone.
         QTest::newRow("city, window deleted unclosed") << 30 << "delete" << false;
     }
     void editIsWrittenOnceWhenFinished()
@@ -147,11 +136,11 @@ private slots:
         QFETCH(int, field);
         QFETCH(QString, finish);
         QFETCH(bool, written);
-        const QString typed = QStringLiteral("Rimouski");
+        const QString typed = u"Rimouski"_s;
         const qint64 id = m_host->currentId();
         const QString old = store().fieldText(id, field);
-        const QModelIndex cityCell = table()->model()->index(m_host->currentRow(), 3);
         QCOMPARE(ContactListModel::fieldIdOfColumn(3), 30);
+        const QModelIndex cityCell = table()->model()->index(m_host->currentRow(), 3);
         QCOMPARE(cityCell.data().toString(), store().fieldText(id, 30)); // the list has read (and kept) the row
         QSignalSpy changes(m_host.get(), &ContactHost::OnContactChange);
 
@@ -162,14 +151,14 @@ private slots:
         QCOMPARE(changes.size(), 0);
         QCOMPARE(store().fieldText(id, field), old);
 
-        if (finish == QLatin1String("Return") || finish == QLatin1String("Tab"))
-            QTest::keyClick(line, finish == QLatin1String("Tab") ? Qt::Key_Tab : Qt::Key_Return);
-        else if (finish == QLatin1String("close"))
+        if (finish == "Return" || finish == "Tab")
+            QTest::keyClick(line, finish == "Tab" ? Qt::Key_Tab : Qt::Key_Return);
+        else if (finish == "close")
             m_window->close();
-        else if (finish == QLatin1String("delete"))
+        else if (finish == "delete")
             m_window.reset();
         else
-            child<QAction>(finish)->trigger();
+            action(finish)->trigger();
 
         if (m_window && m_window->isVisible()) {
             editor(25)->setFocus(); // leaving the field afterwards must not write again
@@ -181,111 +170,70 @@ private slots:
         QCOMPARE(reread.fieldText(id, field), written ? typed : old);
     }
 
-    void tabReachesEveryFieldInOrder()
-    {
-        QList<int> expected;
-        for (const FieldDef& field : fieldPositions()) {
-            if (field.id >= 0)
-                expected << field.id;
-        }
-        editor(expected.first())->setFocus();
-        QList<int> visited;
-        for (int i = 0; i < expected.size(); ++i) {
-            QWidget* focus = QApplication::focusWidget();
-            if (qobject_cast<QComboBox*>(focus->parentWidget()))
-                focus = focus->parentWidget();
-            visited << focus->objectName().mid(5).toInt();
-            QTest::keyClick(focus, Qt::Key_Tab);
-        }
-        QCOMPARE(visited, expected);
-    }
-
     void lookupNarrowsAndAllContactsRestores()
     {
-        const int all = table()->model()->rowCount();
-        const QString city = store().fieldText(m_host->currentId(), 30);
-        m_window->lookupText(city);
-        const int narrowed = table()->model()->rowCount();
+        const int all = rows();
+        m_window->lookupText(store().fieldText(m_host->currentId(), 30));
+        const int narrowed = rows();
         QVERIFY2(narrowed > 0 && narrowed < all, qPrintable(QString::number(narrowed)));
         QCOMPARE(narrowed, int(m_host->lookupIds().size()));
-        QCOMPARE(child<QLabel>(QStringLiteral("lblPosition"))->text(),
-                 QStringLiteral("Contact 1 of %1").arg(narrowed));
+        QCOMPARE(child<QLabel>(u"lblPosition"_s)->text(), u"Contact 1 of %1"_s.arg(narrowed));
 
-        m_window->lookupText(QStringLiteral("no contact has this text"));
-        QCOMPARE(table()->model()->rowCount(), 0);
+        m_window->lookupText(u"no contact has this text"_s);
+        QCOMPARE(rows(), 0);
         QVERIFY(!editor(26)->isEnabled());
 
-        child<QAction>(QStringLiteral("actionLookupAll"))->trigger();
-        QCOMPARE(table()->model()->rowCount(), all);
+        action(u"actionLookupAll"_s)->trigger();
+        QCOMPARE(rows(), all);
         QVERIFY(editor(26)->isEnabled());
     }
 
     void viewsFollowTheHost_data()
     {
         QTest::addColumn<bool>("byMenu");
-        QTest::addColumn<int>("view");
-        QTest::newRow("list from the menu") << true << int(ContactHost::View::ContactList);
-        QTest::newRow("contacts from the menu") << true << int(ContactHost::View::Contact);
-        QTest::newRow("list from automation") << false << int(ContactHost::View::ContactList);
-        QTest::newRow("contacts from automation") << false << int(ContactHost::View::Contact);
+        QTest::addColumn<bool>("list");
+        QTest::newRow("list from the menu") << true << true;
+        QTest::newRow("contacts from the menu") << true << false;
+        QTest::newRow("list from automation") << false << true;
+        QTest::newRow("contacts from automation") << false << false;
     }
     void viewsFollowTheHost()
     {
         QFETCH(bool, byMenu);
-        QFETCH(int, view);
-        const auto target = ContactHost::View(view);
-        const bool list = target == ContactHost::View::ContactList;
-        m_host->setActiveView(list ? ContactHost::View::Contact : ContactHost::View::ContactList); // the other one
-        const QString action = list ? QStringLiteral("actionViewContactList") : QStringLiteral("actionViewContacts");
-        byMenu ? child<QAction>(action)->trigger() : m_host->setActiveView(target);
+        QFETCH(bool, list);
+        const auto target = list ? ContactHost::View::ContactList : ContactHost::View::Contact;
+        m_host->setActiveView(list ? ContactHost::View::Contact : ContactHost::View::ContactList);
+        const QString name = list ? u"actionViewContactList"_s : u"actionViewContacts"_s;
+        byMenu ? action(name)->trigger() : m_host->setActiveView(target);
         QCOMPARE(m_host->activeView(), target);
         QCOMPARE(child<QStackedWidget>()->currentWidget()->objectName(),
-                 list ? QStringLiteral("contactListView") : QStringLiteral("contactView"));
-        QVERIFY(child<QAction>(action)->isChecked());
+                 list ? u"contactListView"_s : u"contactView"_s);
+        QVERIFY(action(name)->isChecked());
     }
 
-    void auxCommandsShowInTheirViewOnly()
+    void auxCommandsShowInTheirViewOnlyAndStartInTheirFolder()
     {
-        const auto placed = auxCommand(QStringLiteral("Corvalent"), QStringLiteral("/bin/true"));
-        const auto elsewhere = auxCommand(QStringLiteral("Calendar Tool"), QStringLiteral("/bin/true"));
-        store().addAuxCommand(placed);
-        store().addAuxCommand(elsewhere);
-        store().setAuxCommandInToolbar(placed.name, 1, true);
-        store().setAuxCommandInToolsMenu(placed.name, 1, true);
-        store().setAuxCommandInToolbar(elsewhere.name, 5, true);
-        m_host->command(104);
-
-        const QString bar = QStringLiteral("toolBarCommands");
-        const QString menu = QStringLiteral("menuTools");
-        QVERIFY(showsAction(bar, placed.name));
-        QVERIFY(showsAction(menu, placed.name));
-        QVERIFY(!showsAction(bar, elsewhere.name));
-        m_host->setActiveView(ContactHost::View::ContactList);
-        QVERIFY(!showsAction(bar, placed.name));
-        QVERIFY(!showsAction(menu, placed.name));
-        m_host->setActiveView(ContactHost::View::Contact);
-        QVERIFY(showsAction(bar, placed.name));
-
-        store().setAuxCommandInToolsMenu(placed.name, 1, false);
-        m_host->command(104);
-        QVERIFY(!showsAction(menu, placed.name));
-        QVERIFY(showsAction(bar, placed.name));
-    }
-
-    void auxCommandStartsItsProgramInItsFolder()
-    {
-        const QString folder = m_home.path();
-        const QString program = m_home.write(QStringLiteral("bin/where.sh"), "#!/bin/sh\npwd > where.txt\n");
+        const QString bar = u"toolBarCommands"_s, menu = u"menuTools"_s;
+        const QString program = m_home.write(u"bin/where.sh"_s, "#!/bin/sh\npwd > where.txt\n");
         QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        store().addAuxCommand(auxCommand(QStringLiteral("Where"), program));
-        store().setAuxCommandInToolsMenu(QStringLiteral("Where"), 1, true);
+        addAuxCommand(u"Corvalent"_s, program, 1, 1);
+        addAuxCommand(u"Calendar Tool"_s, u"/bin/true"_s, 5, 5);
         m_host->command(104);
+        QVERIFY(shows(bar, u"Corvalent"_s) && shows(menu, u"Corvalent"_s));
+        QVERIFY(!shows(bar, u"Calendar Tool"_s) && !shows(menu, u"Calendar Tool"_s));
+        m_host->setActiveView(ContactHost::View::ContactList);
+        QVERIFY(!shows(bar, u"Corvalent"_s) && !shows(menu, u"Corvalent"_s));
+        m_host->setActiveView(ContactHost::View::Contact);
+        QVERIFY(shows(bar, u"Corvalent"_s));
+        store().setAuxCommandInToolsMenu(u"Corvalent"_s, 1, false);
+        m_host->command(104);
+        QVERIFY(!shows(menu, u"Corvalent"_s) && shows(bar, u"Corvalent"_s));
 
-        child<QAction>(QStringLiteral("toolsCommand:Where"))->trigger();
-        QFile record(QDir(folder).filePath(QStringLiteral("where.txt")));
+        action(u"toolbarCommand:Corvalent"_s)->trigger();
+        QFile record(QDir(m_home.path()).filePath(u"where.txt"_s));
         QTRY_VERIFY_WITH_TIMEOUT(record.size() > 0, 10000);
         QVERIFY(record.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromLocal8Bit(record.readAll()).trimmed(), QFileInfo(folder).canonicalFilePath());
+        QCOMPARE(QString::fromLocal8Bit(record.readAll()).trimmed(), QFileInfo(m_home.path()).canonicalFilePath());
     }
 
     void databaseFiles_data()
@@ -294,7 +242,6 @@ private slots:
         QTest::addColumn<QByteArray>("content"); // of the file before; "sample" writes the sample database
         QTest::addColumn<bool>("opens");
         QTest::newRow("open garbage") << false << QByteArray("this is not a contact database\n") << false;
-        QTest::newRow("open a missing file") << false << QByteArray() << false;
         QTest::newRow("open another database") << false << QByteArray("sample") << true;
         QTest::newRow("new over an existing file") << true << QByteArray("someone's notes\n") << false;
         QTest::newRow("new database") << true << QByteArray() << true;
@@ -304,30 +251,23 @@ private slots:
         QFETCH(bool, create);
         QFETCH(QByteArray, content);
         QFETCH(bool, opens);
-        const QString path = m_home.file(QStringLiteral("other%1.cvdb").arg(++m_databases));
+        const QString path = m_home.file(u"other%1.cvdb"_s.arg(++m_databases));
         if (content == "sample")
             writeSampleDatabase(path);
         else if (!content.isEmpty())
             m_home.write(QFileInfo(path).fileName(), content);
         const QString title = m_window->windowTitle();
-        const int rows = table()->model()->rowCount();
+        const int before = rows();
 
-        const bool done = create ? m_window->newDatabaseFile(path) : m_window->openDatabaseFile(path);
-
-        QCOMPARE(done, opens);
-        if (opens) {
-            QCOMPARE(m_window->windowTitle(), QStringLiteral("Corvalent Contacts - ") + QFileInfo(path).fileName());
-            QCOMPARE(table()->model()->rowCount(), int(m_host->lookupIds().size()));
-            QCOMPARE(editor(26)->text(), store().fieldText(m_host->currentId(), 26));
-            QVERIFY(m_prompter->prompts().isEmpty());
-        } else {
-            QCOMPARE(m_host->store().path(), m_path);
-            QCOMPARE(m_window->windowTitle(), title);
-            QCOMPARE(table()->model()->rowCount(), rows);
-            QCOMPARE(m_prompter->prompts().size(), 1);
+        QCOMPARE(create ? m_window->newDatabaseFile(path) : m_window->openDatabaseFile(path), opens);
+        QCOMPARE(m_host->store().path(), opens ? path : m_path);
+        QCOMPARE(m_window->windowTitle(), opens ? u"Corvalent Contacts - "_s + QFileInfo(path).fileName() : title);
+        QCOMPARE(rows(), opens ? int(m_host->lookupIds().size()) : before);
+        QCOMPARE(editor(26)->text(), store().fieldText(m_host->currentId(), 26));
+        QCOMPARE(m_prompter->prompts().size(), opens ? 0 : 1);
+        if (!opens) {
             QVERIFY(m_prompter->texts().first().contains(QFileInfo(path).fileName()));
-            if (!content.isEmpty())
-                QCOMPARE(test::TestHome::read(path), content);
+            QCOMPARE(test::TestHome::read(path), content);
         }
     }
 
@@ -341,10 +281,7 @@ private slots:
     {
         QFETCH(bool, byCommand);
         QSignalSpy wantsToClose(m_host.get(), &ContactHost::OnActUserWantsToClose);
-        if (byCommand)
-            m_host->command(150);
-        else
-            m_window->close();
+        byCommand ? m_host->command(150) : void(m_window->close());
         QTRY_VERIFY_WITH_TIMEOUT(!m_window->isVisible(), 5000);
         QCOMPARE(wantsToClose.size(), 1);
     }
