@@ -26,7 +26,6 @@ ContactCapture::ContactCapture(ActSession& session, ContactForm& form)
 
 bool ContactCapture::Get_Contact(bool NoDisplay)
 {
-    std::array<bool, kFieldRows> filled{};
     const bool completed = trappedSub(QStringLiteral("frmMain: Sub Get_Contact"), [&] {
         std::array<QString, kFieldRows> previousCodes;
         std::array<QString, kFieldRows> currentTexts;
@@ -57,29 +56,25 @@ bool ContactCapture::Get_Contact(bool NoDisplay)
             const QString barred = QLatin1Char('|') + code + QLatin1Char('|');
             m_form.setGrabEnabled(i, !contactView || !kNoGrabInContactView.contains(barred));
 
-            // The record says which code filled each slot, so an empty or unusable code is remembered too: a
-            // service without the slot must not make the next one keep an emptied box.
-            FieldCodes[s] = code;
+            // A slot without a usable code is emptied but keeps the code it had: a service that comes back to the
+            // same code keeps what the box shows.
             if (!IsNumeric(code)) {
                 FieldValues[s].clear();
-                filled[s] = true;
                 continue;
             }
+            FieldCodes[s] = code;
 
             const bool keep = previousCodes[s] == code && !previousCodes[s].isEmpty() && (!contactView || !LoadAll);
             FieldValues[s] = keep ? currentTexts[s] : fill(i, code, base, contactView);
-            filled[s] = true;
         }
-    });
 
-    // After a failure the window still shows what was captured so far; the boxes of the slots not reached keep
-    // what the user sees, typed text included, so nothing is lost.
-    if (!NoDisplay) {
-        for (int i = 0; i < kFieldRows; ++i) {
-            if (filled[size_t(i)])
+        // Only a capture that ran to its end reaches the boxes: after a failure they keep what the user saw, typed
+        // text included, while the record holds what was read before the failure.
+        if (!NoDisplay) {
+            for (int i = 0; i < kFieldRows; ++i)
                 m_form.setText(i, FieldValues[size_t(i)]);
         }
-    }
+    });
     return completed;
 }
 

@@ -65,6 +65,9 @@ QString FormatWithPhoneMask(const QString& phone, const QString& mask)
         if (isAsciiDigit(c))
             digits.append(c);
     }
+    // No number at all formats to nothing, not to the mask's bare separators: a cleared phone stays clear.
+    if (digits.isEmpty())
+        return QString();
     // A number has no leading zeros, and zero itself fills no "#".
     qsizetype firstNonZero = 0;
     while (firstNonZero < digits.size() && digits.at(firstNonZero) == QLatin1Char('0'))
@@ -108,8 +111,9 @@ QString PhoneFormatter::GetPhoneFormat(const QString& ContactId)
     return trapped(QStringLiteral("frmMain: Function GetPhoneFormat"), QString(), [&] {
         m_session.goTo(ContactId);
         const QString data = m_session.contactData(kPhoneField);
+        // A contact without a phone has no country to go by: the caller falls back to the user's own mask.
         if (data.isEmpty())
-            return kDefaultMask;
+            return QString();
 
         // The stored data is a one-character prefix, the country code, a blank and the number.
         const qsizetype blank = data.indexOf(QLatin1Char(' '));
@@ -139,7 +143,7 @@ QString PhoneFormatter::PhoneFormat(const QString& Phone)
                 if (userId != currentId)
                     m_session.goTo(currentId);
             }
-            mask = *m_userMask;
+            mask = m_userMask->isEmpty() ? kDefaultMask : *m_userMask;
         }
         return FormatWithPhoneMask(Phone, mask);
     });

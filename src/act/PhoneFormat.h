@@ -27,12 +27,14 @@ public:
 
     // The mask for the country of a contact's phone (field 35): that contact becomes the current contact, the
     // country code is read from the phone's stored data ("+1 (514) 555-0199" has 1), and the first line of
-    // Phone.fmt for that country gives the mask, cut after its last "#". "###-###-####" when the phone is empty,
-    // Phone.fmt is missing or has no line for the country. Behind the error trap; answers "" after an error.
+    // Phone.fmt for that country gives the mask, cut after its last "#". "" when the contact has no phone;
+    // "###-###-####" when Phone.fmt is missing or has no line for the country. Behind the error trap; answers ""
+    // after an error.
     QString GetPhoneFormat(const QString& ContactId);
 
     // A phone number formatted with the mask of the current contact's country, or, when that mask is empty, with
-    // the mask of the logged-in user's own record. Behind the error trap; answers "" after an error.
+    // the mask of the logged-in user's own record ("###-###-####" when that is empty too). A text without digits
+    // formats to "". Behind the error trap; answers "" after an error.
     QString PhoneFormat(const QString& Phone);
 
     // The folder Phone.fmt is read from ("" when none was found); found at the first need.

@@ -37,6 +37,7 @@ private slots:
         QTest::newRow("long: surplus in front") << u"1 514 555 0199"_s << u"(###) ###-####"_s << u"(1514) 555-0199"_s;
         QTest::newRow("leading zeros dropped") << u"01 23 45 67 89"_s << u"## ## ## ## ##"_s << u"1 23 45 67 89"_s;
         QTest::newRow("no mask") << u"0514-555"_s << u""_s << u"514555"_s;
+        QTest::newRow("no digits: nothing, not the separators") << u"n/a"_s << u"(###) ###-####"_s << u""_s;
         QTest::newRow("more digits than a number holds") << u"12345678901234567890"_s << u"#-#"_s
                                                          << u"1234567890123456789-0"_s;
     }
@@ -62,7 +63,8 @@ private slots:
             << 1 << u"contacts"_s << u"## ## ## ## ##"_s << u"01 23 45 67 89"_s << u"1 23 45 67 89"_s;
         QTest::newRow("country not listed")
             << 2 << u"contacts"_s << u"###-###-####"_s << u"(514) 555-0199"_s << u"514-555-0199"_s;
-        QTest::newRow("no phone") << 3 << u"contacts"_s << u"###-###-####"_s << u"5550199"_s << u"-555-0199"_s;
+        // Without a phone there is no country: the user's own mask formats instead.
+        QTest::newRow("no phone: the user's mask") << 3 << u"contacts"_s << u""_s << u"5550199"_s << u" 555 0199"_s;
         QTest::newRow("no Phone.fmt") << 0 << u"empty"_s << u"###-###-####"_s << u"5145550199"_s << u"514-555-0199"_s;
         // The user's own record is visited for its mask, then the contact on screen is current again.
         QTest::newRow("no places: the user's mask")
