@@ -8,10 +8,10 @@
 #include "act/DBusBackend.h"
 #include "common/Prompter.h"
 #include "store/ContactStore.h"
+#include "support/BusSupport.h"
 #include "support/RequestSupport.h"
 #include "support/TestHome.h"
 
-#include <QDBusConnectionInterface>
 #include <QProcess>
 #include <QTest>
 
@@ -31,10 +31,6 @@ class TestCaptureFollowsHost : public QObject {
     std::unique_ptr<ContactCapture> m_capture;
     RecordingPrompter* m_prompter = nullptr;
 
-    static bool hostOnBus()
-    {
-        return QDBusConnection::sessionBus().interface()->isServiceRegistered(dbuswire::kBusName);
-    }
     QString storedText(qint64 contactId, int field) const
     {
         host::ContactStore store;
@@ -59,10 +55,7 @@ private slots:
         env.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
         env.insert(u"XDG_DATA_HOME"_s, m_home.file(u"data"_s));
         m_host.setProcessEnvironment(env);
-        m_host.setProcessChannelMode(QProcess::ForwardedChannels);
-        m_host.start(qEnvironmentVariable("CORVALENT_CONTACTS"), {m_database});
-        QVERIFY(m_host.waitForStarted());
-        QTRY_VERIFY_WITH_TIMEOUT(hostOnBus(), 60000);
+        QVERIFY(test::startHost(m_host, {m_database}));
 
         m_backend = std::make_unique<DBusBackend>();
         m_session = std::make_unique<ActSession>();
@@ -84,10 +77,7 @@ private slots:
         m_capture.reset();
         m_session.reset();
         m_backend.reset();
-        if (m_host.state() != QProcess::NotRunning) {
-            m_host.kill();
-            m_host.waitForFinished();
-        }
+        test::stopHost(m_host);
     }
 
     // Another program moves the contact manager; the boxes follow through the event alone.

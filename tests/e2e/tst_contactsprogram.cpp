@@ -97,7 +97,7 @@ private slots:
         QFETCH(QList<int>, numbers);
         const QHash<QString, AutomationPtr> objects{{u"app"_s, m_app}, {u"view"_s, m_view}, {u"contact"_s, m_contact}};
         const QString before = currentId();
-        const int number = test::raised([&] { objects.value(target)->invoke(member, args); }).first;
+        const int number = test::raisedPair([&] { objects.value(target)->invoke(member, args); }).first;
         QVERIFY2(numbers.contains(number), qPrintable(QString::number(number)));
         QCOMPARE(currentId(), before);
     }
@@ -156,10 +156,10 @@ private slots:
         QSignalSpy lost(&m_backend->events(), &HostEvents::hostLost);
         m_host.kill();
         QVERIFY(m_host.waitForFinished(10000));
-        const int number = test::raised([&] { m_view->invoke(u"GetField"_s, {qint16(26)}); }).first;
+        const int number = test::raisedPair([&] { m_view->invoke(u"GetField"_s, {qint16(26)}); }).first;
         QVERIFY2(number == 429 || number == 440, qPrintable(QString::number(number)));
         QTRY_COMPARE_WITH_TIMEOUT(lost.size(), 1, 10000);
-        QCOMPARE(test::raised([&] { m_backend->create(kProgIdApp); }).first, 429);
+        QCOMPARE(test::raisedPair([&] { m_backend->create(kProgIdApp); }).first, 429);
     }
 
     // Runs after the kill, with the name free. Without a file the program opens the last database, or the first

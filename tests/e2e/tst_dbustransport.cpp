@@ -179,12 +179,12 @@ private slots:
         QFETCH(int, number);
         QFETCH(QString, description);
         const AutomationPtr object = create();
-        const auto [raisedNumber, raisedDescription] = test::raised([&] { object->invoke(member, args); });
+        const auto [raisedNumber, raisedDescription] = test::raisedPair([&] { object->invoke(member, args); });
         QCOMPARE(raisedNumber, number);
         if (!description.isEmpty())
             QCOMPARE(raisedDescription, description);
         QCOMPARE(object->invoke(u"Echo"_s, {1}).toInt(), 1);
-        QCOMPARE(test::raised([&] { m_backend->create(u"No.Such"_s); }).first, 429);
+        QCOMPARE(test::raisedPair([&] { m_backend->create(u"No.Such"_s); }).first, 429);
     }
 
     // Messages no add-on would send, some from another client: each gets an error answer, and the service goes on
@@ -285,7 +285,7 @@ private slots:
     {
         DBusBackend impatient(QDBusConnection::sessionBus(), 300);
         const AutomationPtr object = impatient.create(u"Test.Object"_s);
-        const auto hung = test::raised([&] { object->invoke(u"Hang"_s); });
+        const auto hung = test::raisedPair([&] { object->invoke(u"Hang"_s); });
         g_unhang.release(); // first, so that a failure below does not leave the service hanging
         QCOMPARE(hung, std::make_pair(440, u"The contact manager did not answer"_s));
         QCOMPARE(object->invoke(u"Echo"_s, {2}).toInt(), 2);
@@ -299,10 +299,10 @@ private slots:
         QVERIFY(lost.wait(5000));
         const auto echo = [&] { object->invoke(u"Echo"_s, {1}); };
         const auto notRunning = std::make_pair(429, u"The contact manager is not running"_s);
-        QCOMPARE(test::raised(echo), notRunning);
+        QCOMPARE(test::raisedPair(echo), notRunning);
         // A new contact manager does not take over the old one's objects.
         startService();
-        QCOMPARE(test::raised(echo), notRunning);
+        QCOMPARE(test::raisedPair(echo), notRunning);
         QVERIFY(create());
     }
 };

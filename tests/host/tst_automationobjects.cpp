@@ -3,10 +3,10 @@
 #include "model/ContactHost.h"
 #include "model/EventControlObject.h"
 #include "store/ContactStore.h"
+#include "support/Raised.h"
 #include "support/TestHome.h"
 
 #include <QTest>
-#include <functional>
 #include <memory>
 
 using namespace corvalent;
@@ -19,16 +19,6 @@ namespace {
 QVariantList then(const QVariantList& chain, const char* member, const QVariantList& args = {})
 {
     return chain + QVariantList{QVariant(QVariantList{QString::fromLatin1(member), QVariant(args)})};
-}
-
-int errorOf(const std::function<void()>& body)
-{
-    try {
-        body();
-    } catch (const Error& e) {
-        return e.number();
-    }
-    return 0;
 }
 
 struct Stranger : AutomationObject {
@@ -250,7 +240,7 @@ private slots:
     void objectsAndTheirHost()
     {
         QVERIFY(m_host->createObject(u"actole.appobject"_s));
-        QCOMPARE(errorOf([&] { m_host->createObject(u"ACTOLE.NOTHING"_s); }), 429);
+        QCOMPARE(test::raised([&] { m_host->createObject(u"ACTOLE.NOTHING"_s); }).number(), 429);
         QCOMPARE(run(app, then({}, "GetOpenDBName")).toString(), m_host->store().path());
         const AutomationPtr control = m_host->createObject(events);
         auto* eventControl = dynamic_cast<EventControlObject*>(control.get());
@@ -260,8 +250,8 @@ private slots:
         // Objects a client still holds answer 440 once the contact manager is gone, never touch freed memory.
         const AutomationPtr contactView = toObject(run(app, view));
         m_host.reset();
-        QCOMPARE(errorOf([&] { contactView->invoke(u"GetField"_s, {26}); }), 440);
-        QCOMPARE(errorOf([&] { control->invoke(u"IsRunning"_s); }), 440);
+        QCOMPARE(test::raised([&] { contactView->invoke(u"GetField"_s, {26}); }).number(), 440);
+        QCOMPARE(test::raised([&] { control->invoke(u"IsRunning"_s); }).number(), 440);
     }
 };
 

@@ -1,5 +1,6 @@
 #include "common/Error.h"
 #include "store/ContactStore.h"
+#include "support/Raised.h"
 #include "support/TestHome.h"
 
 #include <QDate>
@@ -9,24 +10,12 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTest>
-#include <functional>
 
 using namespace corvalent;
 using namespace corvalent::host;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// The number of the Error that `body` throws, 0 when it throws none.
-int errorOf(const std::function<void()>& body)
-{
-    try {
-        body();
-    } catch (const Error& e) {
-        return e.number();
-    }
-    return 0;
-}
 
 // Runs SQL on a database file behind the store's back (to build foreign files or age a record).
 void rawSql(const QString& path, const QStringList& statements)
@@ -99,7 +88,7 @@ private slots:
         const QByteArray before = test::TestHome::read(path);
         const QString good = m_store.path();
 
-        QCOMPARE(errorOf([&] { m_store.open(path); }), error);
+        QCOMPARE(test::raised([&] { m_store.open(path); }).number(), error);
         // The database open before stays open, and the refused file is left exactly as it was.
         QVERIFY(m_store.isOpen());
         QCOMPARE(m_store.path(), good);
@@ -115,7 +104,7 @@ private slots:
         QCOMPARE(m_store.fieldText(m_id, 78), QDate::currentDate().toString(Qt::ISODate));
         m_store.setFieldText(m_id, 26, u"Hélène Côté"_s);
         m_store.close();
-        QCOMPARE(errorOf([&] { m_store.contactCount(); }), 440);
+        QCOMPARE(test::raised([&] { m_store.contactCount(); }).number(), 440);
         rawSql(path, {u"UPDATE contacts SET f79 = '2001-01-01'"_s});
 
         ContactStore store;
@@ -126,9 +115,9 @@ private slots:
         QCOMPARE(store.fieldText(m_id, 79), u"2001-01-01"_s);
         store.setFieldText(m_id, 30, u"Québec"_s);
         QCOMPARE(store.fieldText(m_id, 79), QDate::currentDate().toString(Qt::ISODate)); // the edit date follows edits
-        QCOMPARE(errorOf([&] { store.fieldText(m_id + 100, 26); }), 440);
+        QCOMPARE(test::raised([&] { store.fieldText(m_id + 100, 26); }).number(), 440);
         const QByteArray before = test::TestHome::read(path);
-        QCOMPARE(errorOf([&] { ContactStore().create(path); }), 58);
+        QCOMPARE(test::raised([&] { ContactStore().create(path); }).number(), 58);
         QCOMPARE(test::TestHome::read(path), before);
     }
 
@@ -176,10 +165,10 @@ private slots:
     {
         QFETCH(int, field);
         const QString before = m_store.fieldText(m_id, field);
-        QTEST(errorOf([&] { m_store.setFieldText(m_id, field, u"2001-01-01"_s); }), "error");
+        QTEST(test::raised([&] { m_store.setFieldText(m_id, field, u"2001-01-01"_s); }).number(), "error");
         QCOMPARE(m_store.fieldText(m_id, field), before);
-        QCOMPARE(errorOf([&] { m_store.setPhone(m_id, 35, u"1x"_s, u"555"_s); }), 5);
-        QCOMPARE(errorOf([&] { m_store.setFieldText(m_id + 1, 26, u"nobody"_s); }), 440);
+        QCOMPARE(test::raised([&] { m_store.setPhone(m_id, 35, u"1x"_s, u"555"_s); }).number(), 5);
+        QCOMPARE(test::raised([&] { m_store.setFieldText(m_id + 1, 26, u"nobody"_s); }).number(), 440);
     }
 
     void lookupIgnoresCase_data()
@@ -208,7 +197,7 @@ private slots:
     {
         const QString path = m_store.path();
         QVERIFY(!m_store.auxCommandExists(u"Corvalent"_s));
-        QCOMPARE(errorOf([&] { m_store.setAuxCommandInToolbar(u"Corvalent"_s, 1, true); }), 440);
+        QCOMPARE(test::raised([&] { m_store.setAuxCommandInToolbar(u"Corvalent"_s, 1, true); }).number(), 440);
         m_store.addAuxCommand({u"Corvalent"_s, u"/opt/c/corvalent"_s, u"/opt/c"_s, u"Corvalent"_s, {}, {}, {}, 1});
         m_store.addAuxCommand({u"Other"_s, u"/bin/other"_s, u"/bin"_s, u"Other"_s, {}, {}, {}, 0});
         m_store.setAuxCommandInToolbar(u"Other"_s, 1, true);
@@ -220,8 +209,8 @@ private slots:
         // Adding again updates the command and keeps where it is placed.
         m_store.addAuxCommand({u"CORVALENT"_s, u"/usr/bin/corvalent"_s, u"/usr/bin"_s, u"Corvalent"_s, {}, {}, {}, 1});
         for (int view : {0, 7})
-            QCOMPARE(errorOf([&] { m_store.auxCommandInToolbar(u"Corvalent"_s, view); }), 5);
-        QCOMPARE(errorOf([&] { m_store.addAuxCommand({u" "_s, {}, {}, {}, {}, {}, {}, 0}); }), 5);
+            QCOMPARE(test::raised([&] { m_store.auxCommandInToolbar(u"Corvalent"_s, view); }).number(), 5);
+        QCOMPARE(test::raised([&] { m_store.addAuxCommand({u" "_s, {}, {}, {}, {}, {}, {}, 0}); }).number(), 5);
 
         m_store.close();
         m_store.open(path);
@@ -236,7 +225,7 @@ private slots:
     void writtenDatabases()
     {
         const QString path = m_home.write(u"generated.cvdb"_s, "replaced");
-        QCOMPARE(errorOf([&] { writeGeneratedDatabase(path, 0); }), 5);
+        QCOMPARE(test::raised([&] { writeGeneratedDatabase(path, 0); }).number(), 5);
         QCOMPARE(test::TestHome::read(path), QByteArray("replaced"));
         writeGeneratedDatabase(path, 500);
         QVERIFY(!QFile::exists(path + u".part"_s));

@@ -3,7 +3,7 @@
 // Shared by the tests that run corvalent-contacts in its own process on the private bus of dbus-run-session.
 
 #include "common/DBusWire.h"
-#include "common/Error.h"
+#include "support/Raised.h"
 
 #include <QDBusConnectionInterface>
 #include <QProcess>
@@ -53,17 +53,6 @@ inline Finished runToEnd(const QString& program, const QStringList& args,
     }
     return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};
-}
-
-// The number and description of the error a call raises; 0 and "" when it succeeds.
-inline std::pair<int, QString> raised(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return {e.number(), e.description()};
-    }
-    return {0, QString()};
 }
 
 } // namespace corvalent::test

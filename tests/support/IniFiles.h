@@ -2,6 +2,7 @@
 
 #include "common/Error.h"
 #include "services/IniLib.h"
+#include "support/Raised.h"
 #include "support/TestHome.h"
 
 #include <QDir>
@@ -28,18 +29,6 @@ private:
 inline QString readKey(const QString& file, const QString& section, const QString& key)
 {
     return GetKeyValue(section, key, kDefault, QString(), QString(), file);
-}
-
-// The error `call` raises; number 0 when it raises none.
-template <typename Call>
-Error raised(Call&& call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return e;
-    }
-    return Error(0, QString());
 }
 
 } // namespace corvalent::test
