@@ -1,0 +1,542 @@
+#include "app/MainWindow.h"
+
+#include "act/PhoneList.h"
+#include "app/ColourScheme.h"
+#include "app/ServicesPanel.h"
+#include "common/ErrorTrap.h"
+#include "common/Launcher.h"
+#include "common/ProgramFolder.h"
+#include "common/ProgramTitle.h"
+#include "common/Prompter.h"
+#include "common/VbRuntime.h"
+#include "prefs/Preferences.h"
+#include "request/Go.h"
+#include "services/IniLib.h"
+#include "services/ServiceCatalogue.h"
+#include "services/ServiceDefinition.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScopedValueRollback>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace corvalent {
+
+namespace {
+
+QString indexed(const char* name, int index)
+{
+    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
+}
+
+// The captions of the fixed rows, and the names of their labels.
+struct FixedRow {
+    const char* label;
+    const char* caption;
+};
+constexpr std::array<FixedRow, 7> kFixedRows{{{"lblContact", "Contact"},
+                                               {"lblCompany", "Company"},
+                                               {"lblAddress", "Address"},
+                                               {"lblCity", "City"},
+                                               {"lblState", "State"},
+                                               {"lblZip", "Zip"},
+                                               {"lblCountry", "Country"}}};
+constexpr int kFirstFreeRow = 7;
+
+// Controls that take the colour scheme carry this tag.
+void markForScheme(QWidget* widget)
+{
+    widget->setProperty(kTagProperty, QStringLiteral("1"));
+}
+
+void keepPlaceWhenHidden(QWidget* widget)
+{
+    QSizePolicy policy = widget->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    widget->setSizePolicy(policy);
+}
+
+QString settingOf(const QString& serviceFile, const QString& key, const QString& defaultValue = QString())
+{
+    return GetKeyValue(kServiceSection, key, defaultValue, QString(), QString(), serviceFile);
+}
+
+// A numeric preference within [low, high]; `fallback` otherwise.
+int storedChoice(const QString& key, int low, int high, int fallback)
+{
+    const QString text = GetSetting(key, QString::number(fallback));
+    if (!IsNumeric(text))
+        return fallback;
+    const double value = Val(text);
+    return value >= low && value <= high && value == int(value) ? int(value) : fallback;
+}
+
+} // namespace
+
+MainWindow::MainWindow(AutomationBackend& backend, QWidget* parent)
+    : QMainWindow(parent),
+      m_backend(backend),
+      m_capture(m_session, m_form),
+      m_follower(m_session, m_capture)
+{
+    setObjectName(QStringLiteral("frmMain"));
+    setWindowTitle(QString::fromLatin1(kProgramTitle));
+    setWindowFlag(Qt::WindowStaysOnTopHint);
+    buildWindow();
+    buildMenus();
+    bindForm();
+
+    connect(&m_follower, &HostFollower::captured, this, &MainWindow::reloadPhones);
+    connect(&m_follower, &HostFollower::unloadRequested, this, &MainWindow::close);
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::buildWindow()
+{
+    auto central = new QWidget(this);
+    central->setObjectName(QStringLiteral("picMain"));
+    setCentralWidget(central);
+    auto column = new QVBoxLayout(central);
+    column->setSizeConstraint(QLayout::SetFixedSize);
+
+    m_panel = new ServicesPanel(m_filling, central, central);
+    column->addWidget(m_panel);
+    connect(m_panel, &ServicesPanel::serviceSelected, this, &MainWindow::onServiceSelected);
+
+    auto contact = new QFrame(central);
+    contact->setObjectName(QStringLiteral("fraContactInformation"));
+    contact->setFrameShape(QFrame::StyledPanel);
+    markForScheme(contact);
+    auto rows = new QGridLayout(contact);
+    rows->setVerticalSpacing(3);
+    for (int i = 0; i < ContactForm::kSlots; ++i) {
+        QLabel* label = nullptr;
+        if (i < kFirstFreeRow) {
+            label = new QLabel(QString::fromLatin1(kFixedRows[size_t(i)].caption), contact);
+            label->setObjectName(QString::fromLatin1(kFixedRows[size_t(i)].label));
+        } else {
+            label = new QLabel(QStringLiteral("Custom%1").arg(i - 6), contact);
+            label->setObjectName(indexed("lblField", i));
+            m_freeLabels[size_t(i - kFirstFreeRow)] = label;
+        }
+        markForScheme(label);
+
+        auto field = new QLineEdit(contact);
+        field->setObjectName(indexed("txtField", i));
+        field->setMinimumWidth(field->fontMetrics().averageCharWidth() * 30);
+        markForScheme(field);
+        field->installEventFilter(this);
+        label->setBuddy(field);
+
+        auto grab = new QPushButton(tr("Grab"), contact);
+        grab->setObjectName(indexed("cmdGrab", i));
+        grab->setToolTip(tr("Put the text selected in the browser into this box"));
+        grab->setAutoDefault(false);
+
+        rows->addWidget(label, i, 0);
+        rows->addWidget(field, i, 1);
+        rows->addWidget(grab, i, 2);
+        m_fields[size_t(i)] = field;
+        m_grab[size_t(i)] = grab;
+    }
+    column->addWidget(contact);
+
+    m_optionRow = new QWidget(central);
+    m_optionRow->setObjectName(QStringLiteral("fraOptions"));
+    auto options = new QHBoxLayout(m_optionRow);
+    options->setContentsMargins(0, 0, 0, 0);
+    m_optionGroup = new QButtonGroup(this);
+    const std::array<QString, 3> optionCaptions{tr("Business"), tr("Home"), tr("Custom")};
+    for (int i = 0; i < 3; ++i) {
+        auto option = new QRadioButton(optionCaptions[size_t(i)], m_optionRow);
+        option->setObjectName(indexed("optOption", i));
+        m_optionGroup->addButton(option, i);
+        options->addWidget(option);
+        m_options[size_t(i)] = option;
+    }
+    options->addStretch();
+    keepPlaceWhenHidden(m_optionRow);
+    column->addWidget(m_optionRow);
+
+    m_phoneRow = new QWidget(central);
+    m_phoneRow->setObjectName(QStringLiteral("fraPhone"));
+    auto phoneLine = new QHBoxLayout(m_phoneRow);
+    phoneLine->setContentsMargins(0, 0, 0, 0);
+    auto phoneLabel = new QLabel(tr("&Phone:"), m_phoneRow);
+    phoneLabel->setObjectName(QStringLiteral("lblPhone"));
+    m_phones = new QComboBox(m_phoneRow);
+    m_phones->setObjectName(QStringLiteral("cboPhone"));
+    m_phones->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_phones->setMinimumContentsLength(24);
+    phoneLabel->setBuddy(m_phones);
+    phoneLine->addWidget(phoneLabel);
+    phoneLine->addWidget(m_phones, 1);
+    keepPlaceWhenHidden(m_phoneRow);
+    column->addWidget(m_phoneRow);
+
+    m_keepOpen = new QCheckBox(QStringLiteral("Do not close this window after the request is sent."), central);
+    m_keepOpen->setObjectName(QStringLiteral("chkClose"));
+    column->addWidget(m_keepOpen);
+
+    auto buttons = new QHBoxLayout;
+    auto update = new QPushButton(tr("Update Contact"), central);
+    update->setObjectName(QStringLiteral("cmdUpdateACT"));
+    update->setToolTip(tr("Write the ten boxes into the current contact"));
+    auto add = new QPushButton(tr("New Contact"), central);
+    add->setObjectName(QStringLiteral("cmdNewContact"));
+    add->setToolTip(tr("Make a new contact of the ten boxes"));
+    // Writing back into the contact manager is not there yet.
+    update->setEnabled(false);
+    add->setEnabled(false);
+    m_go = new QPushButton(tr("GO"), central);
+    m_go->setObjectName(QStringLiteral("cmdGO"));
+    m_go->setToolTip(tr("Open the selected service in the browser for this contact"));
+    m_go->setDefault(true);
+    connect(m_go, &QPushButton::clicked, this, &MainWindow::cmdGO_Click);
+    buttons->addWidget(update);
+    buttons->addWidget(add);
+    buttons->addStretch();
+    buttons->addWidget(m_go);
+    column->addLayout(buttons);
+    m_panel->setGoButton(m_go);
+
+    // Every box sends on Enter, as GO is the window's default button.
+    for (QLineEdit* field : m_fields)
+        connect(field, &QLineEdit::returnPressed, this, [this] {
+            if (m_go->isEnabled())
+                m_go->click();
+        });
+}
+
+void MainWindow::buildMenus()
+{
+    auto addMenu = [this](const char* name, const QString& title) {
+        QMenu* menu = menuBar()->addMenu(title);
+        menu->setObjectName(QLatin1String(name));
+        return menu;
+    };
+    auto addItem = [this](QMenu* menu, const char* name, const QString& text) {
+        QAction* action = menu->addAction(text);
+        action->setObjectName(QLatin1String(name));
+        return action;
+    };
+    // The windows of these items (the service editor, Manage Services, Preferences, the integration) are not
+    // there yet, and there is nothing to undo before grabbing and writing back exist.
+    auto notYet = [](QAction* action) { action->setEnabled(false); };
+
+    QMenu* file = addMenu("mnuServices", tr("&File"));
+    notYet(addItem(file, "mnuSettings", tr("&New Service...")));
+    notYet(addItem(file, "mnuManage", tr("&Manage Services...")));
+    file->addSeparator();
+    QAction* exit = addItem(file, "mnuExit", tr("E&xit"));
+    connect(exit, &QAction::triggered, this, &MainWindow::close);
+
+    QMenu* edit = addMenu("mnuEdit1", tr("&Edit"));
+    notYet(addItem(edit, "mnuUndo", tr("&Undo Update ACT!")));
+    notYet(addItem(edit, "mnuEdit", tr("&Edit a Service...")));
+
+    QMenu* contact = addMenu("mnuCOntact", tr("&Contact"));
+    connect(addItem(contact, "mnuClearAll", tr("&Clear all fields")), &QAction::triggered, this,
+            &MainWindow::mnuClearAll_Click);
+    connect(addItem(contact, "mnuLoadAll", tr("&Load all fields")), &QAction::triggered, this,
+            &MainWindow::mnuLoadAll_Click);
+
+    QMenu* options = addMenu("mnuOptions", tr("&Options"));
+    notYet(addItem(options, "mnuIntegrate", tr("&Integrate with ACT!...")));
+    notYet(addItem(options, "mnuPreferences", tr("&Preferences...")));
+
+    QMenu* help = addMenu("mnuHelp", tr("&Help"));
+    connect(addItem(help, "mnuOnline", tr("&Online Help")), &QAction::triggered, this, &MainWindow::mnuOnline_Click);
+    connect(addItem(help, "mnuInstructions", tr("&User's manual")), &QAction::triggered, this,
+            &MainWindow::mnuInstructions_Click);
+
+    m_popup = new QMenu(this);
+    m_popup->setObjectName(QStringLiteral("mnuPopup"));
+    notYet(addItem(m_popup, "mnuPopupSettings", QStringLiteral("&Edit")));
+    connect(m_panel, &ServicesPanel::popupRequested, this, [this](const QPoint& at) { m_popup->popup(at); });
+}
+
+void MainWindow::bindForm()
+{
+    for (int i = 0; i < ContactForm::kSlots; ++i) {
+        QLineEdit* field = m_fields[size_t(i)];
+        connect(field, &QLineEdit::textEdited, this, [this, i](const QString& text) { m_form.setText(i, text); });
+        m_grab[size_t(i)]->setEnabled(m_form.grabEnabled(i));
+    }
+    connect(&m_form, &ContactForm::textChanged, this, [this](int slot) {
+        QLineEdit* field = m_fields[size_t(slot)];
+        if (field->text() != m_form.text(slot)) {
+            field->setText(m_form.text(slot));
+            // A long captured value shows its beginning.
+            field->setCursorPosition(0);
+        }
+    });
+    connect(&m_form, &ContactForm::grabEnabledChanged, this,
+            [this](int slot) { m_grab[size_t(slot)]->setEnabled(m_form.grabEnabled(slot)); });
+
+    m_options[size_t(m_form.addressOption())]->setChecked(true);
+    connect(m_optionGroup, &QButtonGroup::idClicked, this, [this](int id) { m_form.setAddressOption(id); });
+    // The program's own changes of the option count as a click, as the user's do.
+    connect(&m_form, &ContactForm::addressOptionChanged, this, [this](int option) {
+        m_options[size_t(option)]->setChecked(true);
+        optOption_Click(option);
+    });
+
+    connect(&m_form, &ContactForm::phonesChanged, this, [this] {
+        QScopedValueRollback<bool> filling(m_filling, true);
+        m_phones->clear();
+        for (const ContactForm::PhoneEntry& entry : m_form.phones())
+            m_phones->addItem(entry.text, entry.fieldId);
+        m_phones->setCurrentIndex(m_form.currentPhone());
+    });
+    connect(&m_form, &ContactForm::currentPhoneChanged, this, [this](int index) {
+        QScopedValueRollback<bool> filling(m_filling, true);
+        m_phones->setCurrentIndex(index);
+    });
+    connect(m_phones, &QComboBox::activated, this, [this](int index) {
+        m_form.setCurrentPhone(index);
+        cboPhone_Click();
+    });
+}
+
+QString MainWindow::currentServiceFile() const
+{
+    return m_panel->currentServiceFile();
+}
+
+bool MainWindow::hostReady()
+{
+    try {
+        m_session.attachEvents(m_backend);
+        if (m_session.isDatabaseOpen())
+            return true;
+        if (m_session.isRunning()) {
+            Prompter::instance().message(kNoDatabaseMessage, Prompter::Exclamation);
+            return false;
+        }
+    } catch (const Error&) {
+        // No contact manager to ask, or one that does not answer: both are the message below.
+    }
+    Prompter::instance().message(kUnreachableMessage, Prompter::Critical);
+    return false;
+}
+
+bool MainWindow::Form_Load()
+{
+    trappedSub(QStringLiteral("frmMain: Sub Form_Load"), [&] {
+        if (!m_instance.acquire()) {
+            Prompter::instance().message(kAlreadyRunningMessage, Prompter::OkOnly);
+            StartFailed = true;
+            return;
+        }
+        if (!hostReady()) {
+            StartFailed = true;
+            return;
+        }
+        m_session.OpenSession(m_backend);
+        m_follower.follow(m_backend.events());
+
+        // Start-up sets the controls itself: no handler may capture before the first capture below.
+        QScopedValueRollback<bool> filling(m_filling, true);
+        m_keepOpen->setChecked(Val(GetSetting(QStringLiteral("Close"), QStringLiteral("0"))) == 1);
+        m_form.setAddressOption(storedChoice(QStringLiteral("Option"), 0, 2, ContactForm::Business));
+        Refresh_Colors();
+        // The buttons show their services before the stored one is pressed, so that a button whose service has
+        // gone is not pressed.
+        m_panel->refreshCaptions();
+        m_panel->Press_Button();
+        m_capture.setServiceFile(currentServiceFile());
+
+        const bool noDisplay = Val(GetSetting(QStringLiteral("Startup"), QString())) == 1;
+        captureContact(noDisplay);
+
+        Refresh_Labels();
+        layOutForService();
+        move(int(Val(GetSetting(QStringLiteral("Left"), QStringLiteral("100")))),
+             int(Val(GetSetting(QStringLiteral("Top"), QStringLiteral("100")))));
+    });
+    if (StartFailed)
+        close();
+    return !StartFailed;
+}
+
+void MainWindow::Form_Unload()
+{
+    m_follower.stopFollowing();
+    trappedSub(QStringLiteral("frmMain: Sub Form_Unload"), [&] {
+        if (StartFailed)
+            return;
+        const int pressed = m_panel->pressedButton();
+        if (pressed >= 0)
+            SaveSetting(QStringLiteral("Pressed"), QString::number(pressed));
+        SaveSetting(QStringLiteral("Left"), QString::number(pos().x()));
+        SaveSetting(QStringLiteral("Top"), QString::number(pos().y()));
+        SaveSetting(QStringLiteral("Close"), m_keepOpen->isChecked() ? QStringLiteral("1") : QStringLiteral("0"));
+        SaveSetting(QStringLiteral("Option"), QString::number(m_form.addressOption()));
+        const int phone = m_form.currentPhone();
+        if (phone >= 0)
+            SaveSetting(QStringLiteral("ComboPhone"), QString::number(m_form.phones().at(phone).fieldId));
+        if (m_follower.RestartPending)
+            m_follower.restartHost();
+    });
+    m_instance.release();
+    emit unloaded();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    if (!m_unloaded) {
+        m_unloaded = true;
+        Form_Unload();
+    }
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::captureContact(bool noDisplay)
+{
+    m_capture.Get_Contact(noDisplay);
+    reloadPhones();
+}
+
+void MainWindow::reloadPhones()
+{
+    if (!m_session.isOpen())
+        return;
+    QScopedValueRollback<bool> filling(m_filling, true);
+    LoadPhoneList(m_session, m_form);
+}
+
+void MainWindow::onServiceSelected()
+{
+    m_capture.setServiceFile(currentServiceFile());
+    captureContact(false);
+    Refresh_Labels();
+    layOutForService();
+}
+
+void MainWindow::layOutForService()
+{
+    Resize_Form(int(Val(settingOf(currentServiceFile(), QStringLiteral("Base"), QStringLiteral("0")))));
+}
+
+void MainWindow::Resize_Form(int Base)
+{
+    trappedSub(QStringLiteral("frmMain: Sub Resize_Form"), [&] {
+        bool phoneRow = false;
+        for (int row = 0; row < kFieldRows; ++row)
+            phoneRow = phoneRow || settingOf(currentServiceFile(), QStringLiteral("F%1").arg(row)) == QLatin1String("888");
+        m_optionRow->setVisible(Base == ServiceBase::Address);
+        m_phoneRow->setVisible(Base == ServiceBase::Phone || phoneRow);
+    });
+}
+
+void MainWindow::Refresh_Labels()
+{
+    trappedSub(QStringLiteral("frmMain: Sub Refresh_Labels"), [&] {
+        m_panel->refreshCaptions();
+        for (int row = kFirstFreeRow; row < ContactForm::kSlots; ++row) {
+            m_freeLabels[size_t(row - kFirstFreeRow)]->setText(settingOf(
+                currentServiceFile(), QStringLiteral("L%1").arg(row), QStringLiteral("Custom%1").arg(row - 6)));
+        }
+        const int pressed = m_panel->pressedButton();
+        const QString caption = pressed >= 0 ? m_panel->caption(pressed) : QString();
+        m_form.setAddressOption(
+            storedChoice(caption + QStringLiteral("_option"), 0, 2, m_form.addressOption()));
+    });
+}
+
+void MainWindow::Refresh_Colors()
+{
+    trappedSub(QStringLiteral("frmMain: Sub Refresh_Colors"),
+               [&] { ApplyColourScheme(this, ColourScheme::current()); });
+}
+
+void MainWindow::optOption_Click(int Index)
+{
+    trappedSub(QStringLiteral("frmMain: Sub optOption_Click"), [&] {
+        const int pressed = m_panel->pressedButton();
+        const QString caption = pressed >= 0 ? m_panel->caption(pressed) : QString();
+        SaveSetting(caption + QStringLiteral("_option"), QString::number(Index));
+        if (!m_filling)
+            captureContact(false);
+    });
+}
+
+void MainWindow::cboPhone_Click()
+{
+    if (m_filling)
+        return;
+    trappedSub(QStringLiteral("frmMain: Sub cboPhone_Click"), [&] {
+        // Choosing Custom captures with the chosen phone; when Custom was chosen already, that needs a capture
+        // of its own.
+        if (m_form.addressOption() == ContactForm::Custom)
+            captureContact(false);
+        else
+            m_form.setAddressOption(ContactForm::Custom);
+    });
+}
+
+void MainWindow::cmdGO_Click()
+{
+    const GoResult result = RunGo(currentServiceFile(), m_form.texts(), m_keepOpen->isChecked(), m_countryFilePath,
+                                  /* the country dialog comes with the service editor */ {});
+    if (result.closeWindow)
+        close();
+}
+
+void MainWindow::mnuClearAll_Click()
+{
+    trappedSub(QStringLiteral("frmMain: Sub mnuClearAll_Click"), [&] {
+        for (int i = 0; i < ContactForm::kSlots; ++i)
+            m_form.setText(i, QString());
+    });
+}
+
+void MainWindow::mnuLoadAll_Click()
+{
+    m_capture.LoadAll = true;
+    captureContact(false);
+    m_capture.LoadAll = false;
+}
+
+void MainWindow::mnuOnline_Click()
+{
+    Launcher::instance().open(kOnlineHelpAddress, ProgramFolder::path());
+}
+
+void MainWindow::mnuInstructions_Click()
+{
+    trappedSub(QStringLiteral("frmMain: Sub mnuInstructions_Click"), [&] {
+        const QString manual = ProgramFolder::join(ProgramFolder::path(), kManualFileName);
+        if (!FolderFileExists(manual)) {
+            Prompter::instance().message(QStringLiteral("Can't find the user's manual ") + manual,
+                                         Prompter::Exclamation);
+            return;
+        }
+        Launcher::instance().open(manual, ProgramFolder::path());
+    });
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    // A box that gets the focus selects its text, so that typing replaces a captured value; after the mouse
+    // press that gave the focus, which would otherwise place the cursor instead.
+    if (event->type() == QEvent::FocusIn) {
+        if (auto field = qobject_cast<QLineEdit*>(watched))
+            QTimer::singleShot(0, field, [field] { field->selectAll(); });
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+} // namespace corvalent

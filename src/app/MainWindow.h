@@ -1,0 +1,117 @@
+#pragma once
+
+#include "act/ActSession.h"
+#include "act/AutomationBackend.h"
+#include "act/ContactCapture.h"
+#include "act/ContactForm.h"
+#include "app/HostFollower.h"
+#include "app/SingleInstance.h"
+
+#include <QMainWindow>
+#include <array>
+
+class QAction;
+class QButtonGroup;
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QPushButton;
+class QRadioButton;
+
+namespace corvalent {
+
+class ServicesPanel;
+
+// frmMain: the small window beside the contact manager that shows its current contact in ten boxes, holds the
+// four service buttons and sends the request on GO. It owns the session with the contact manager, the contact
+// record and the current service for as long as it lives.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    static inline const QString kAlreadyRunningMessage =
+        QStringLiteral("An instance of this program is already open!");
+    static inline const QString kNoDatabaseMessage =
+        QStringLiteral("Please open an ACT database prior to running Corvalent!");
+    static inline const QString kUnreachableMessage =
+        QStringLiteral("Unable to communicate with ACT!\rPlease run actreg.exe located in the ACT folder and try again");
+    static inline const QString kOnlineHelpAddress = QStringLiteral("https://www.corvalent.org/help/");
+    static inline const QString kManualFileName = QStringLiteral("Corvalent_manual.pdf");
+
+    explicit MainWindow(AutomationBackend& backend, QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    // Start-up: refuses a second instance, checks that the contact manager is there with a database open, opens
+    // the session, presses the stored service button, captures the contact and places the window. Answers false
+    // when start-up gave up (the window is then closed and will save nothing).
+    bool Form_Load();
+    bool StartFailed = false;
+
+    ContactForm& form() { return m_form; }
+    ContactCapture& capture() { return m_capture; }
+    ActSession& session() { return m_session; }
+    HostFollower& follower() { return m_follower; }
+    ServicesPanel& servicesPanel() { return *m_panel; }
+    QString currentServiceFile() const;
+    // The country file GO resolved last; "" when the service names none.
+    const QString& countryFilePath() const { return m_countryFilePath; }
+
+    void cmdGO_Click();
+    void Refresh_Labels();
+    void Refresh_Colors();
+    // Shows what a service of type `Base` needs: the address options for an address-based service, the phone
+    // list for a phone-based one or one with a phone row, neither for the others. Both keep their place when
+    // hidden, so the window never changes size.
+    void Resize_Form(int Base);
+    void optOption_Click(int Index);
+    void cboPhone_Click();
+    void mnuClearAll_Click();
+    void mnuLoadAll_Click();
+    void mnuOnline_Click();
+    void mnuInstructions_Click();
+
+signals:
+    // Form_Unload has run: the state is saved (unless start-up failed) and a pending restart has begun.
+    void unloaded();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void buildWindow();
+    void buildMenus();
+    void bindForm();
+    bool hostReady();
+    void captureContact(bool noDisplay);
+    void reloadPhones();
+    void onServiceSelected();
+    void layOutForService();
+    void Form_Unload();
+
+    AutomationBackend& m_backend;
+    ActSession m_session;
+    ContactForm m_form;
+    ContactCapture m_capture;
+    HostFollower m_follower;
+    SingleInstance m_instance;
+    bool m_filling = false;
+    bool m_unloaded = false;
+    QString m_countryFilePath;
+
+    ServicesPanel* m_panel = nullptr;
+    std::array<QLineEdit*, ContactForm::kSlots> m_fields{};
+    std::array<QPushButton*, ContactForm::kSlots> m_grab{};
+    std::array<QLabel*, 3> m_freeLabels{};
+    std::array<QRadioButton*, 3> m_options{};
+    QButtonGroup* m_optionGroup = nullptr;
+    QWidget* m_optionRow = nullptr;
+    QWidget* m_phoneRow = nullptr;
+    QComboBox* m_phones = nullptr;
+    QCheckBox* m_keepOpen = nullptr;
+    QPushButton* m_go = nullptr;
+    QMenu* m_popup = nullptr;
+};
+
+} // namespace corvalent
