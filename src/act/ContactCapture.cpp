@@ -78,6 +78,17 @@ bool ContactCapture::Get_Contact(bool NoDisplay)
     return completed;
 }
 
+void ContactCapture::forgetChoiceRows()
+{
+    static const QString steered = QStringLiteral("|777|778|779|888|");
+    const bool addressBased = Val(serviceKey(m_serviceFile, QStringLiteral("Base"), QStringLiteral("0"))) == 0;
+    for (int i = 0; i < kFieldRows; ++i) {
+        const QString code = serviceKey(m_serviceFile, QStringLiteral("F%1").arg(i));
+        if (steered.contains(QLatin1Char('|') + code + QLatin1Char('|')) || (addressBased && i >= 2 && i <= 6))
+            FieldCodes[size_t(i)].clear();
+    }
+}
+
 QString ContactCapture::fill(int slot, const QString& code, int base, bool contactView)
 {
     const size_t s = size_t(slot);

@@ -38,6 +38,11 @@ public:
     // whether the capture ran to its end.
     bool Get_Contact(bool NoDisplay);
 
+    // Makes the next capture read anew the rows that the address option and the phone choice steer (an address
+    // row of an address-based service, a house number, street, city-and-state or phone row), whatever they show:
+    // choosing Home must show the home address. Typed text in the other rows is kept as usual.
+    void forgetChoiceRows();
+
 private:
     QString fill(int slot, const QString& code, int base, bool contactView);
     QString valueOfField(const QString& code, const QString& text);

@@ -27,6 +27,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScopedValueRollback>
+#include <QSignalBlocker>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -131,6 +132,9 @@ void MainWindow::buildWindow()
             m_freeLabels[size_t(i - kFirstFreeRow)] = label;
         }
         markForScheme(label);
+        // A service's own caption may be longer than the fixed ones; the column keeps its width all the same, so
+        // the window does not change size from one service to the next.
+        label->setFixedWidth(label->fontMetrics().averageCharWidth() * 11);
 
         auto field = new QLineEdit(contact);
         field->setObjectName(indexed("txtField", i));
@@ -350,13 +354,15 @@ bool MainWindow::Form_Load()
         // Start-up sets the controls itself: no handler may capture before the first capture below.
         QScopedValueRollback<bool> filling(m_filling, true);
         m_keepOpen->setChecked(Val(GetSetting(QStringLiteral("Close"), QStringLiteral("0"))) == 1);
-        m_form.setAddressOption(storedChoice(QStringLiteral("Option"), 0, 2, ContactForm::Business));
         Refresh_Colors();
         // The buttons show their services before the stored one is pressed, so that a button whose service has
         // gone is not pressed.
         m_panel->refreshCaptions();
         m_panel->Press_Button();
         m_capture.setServiceFile(currentServiceFile());
+        // The first capture reads the address the pressed service was last used with.
+        restoreOptionSilently(storedChoice(pressedCaption() + QStringLiteral("_option"), 0, 2,
+                                           storedChoice(QStringLiteral("Option"), 0, 2, ContactForm::Business)));
 
         const bool noDisplay = Val(GetSetting(QStringLiteral("Startup"), QString())) == 1;
         captureContact(noDisplay);
@@ -449,11 +455,24 @@ void MainWindow::Refresh_Labels()
             m_freeLabels[size_t(row - kFirstFreeRow)]->setText(settingOf(
                 currentServiceFile(), QStringLiteral("L%1").arg(row), QStringLiteral("Custom%1").arg(row - 6)));
         }
-        const int pressed = m_panel->pressedButton();
-        const QString caption = pressed >= 0 ? m_panel->caption(pressed) : QString();
         m_form.setAddressOption(
-            storedChoice(caption + QStringLiteral("_option"), 0, 2, m_form.addressOption()));
+            storedChoice(pressedCaption() + QStringLiteral("_option"), 0, 2, m_form.addressOption()));
     });
+}
+
+QString MainWindow::pressedCaption() const
+{
+    const int pressed = m_panel->pressedButton();
+    return pressed >= 0 ? m_panel->caption(pressed) : QString();
+}
+
+void MainWindow::restoreOptionSilently(int option)
+{
+    {
+        const QSignalBlocker quiet(&m_form);
+        m_form.setAddressOption(option);
+    }
+    m_options[size_t(option)]->setChecked(true);
 }
 
 void MainWindow::Refresh_Colors()
@@ -465,11 +484,11 @@ void MainWindow::Refresh_Colors()
 void MainWindow::optOption_Click(int Index)
 {
     trappedSub(QStringLiteral("frmMain: Sub optOption_Click"), [&] {
-        const int pressed = m_panel->pressedButton();
-        const QString caption = pressed >= 0 ? m_panel->caption(pressed) : QString();
-        SaveSetting(caption + QStringLiteral("_option"), QString::number(Index));
-        if (!m_filling)
+        SaveSetting(pressedCaption() + QStringLiteral("_option"), QString::number(Index));
+        if (!m_filling) {
+            m_capture.forgetChoiceRows();
             captureContact(false);
+        }
     });
 }
 
@@ -480,10 +499,12 @@ void MainWindow::cboPhone_Click()
     trappedSub(QStringLiteral("frmMain: Sub cboPhone_Click"), [&] {
         // Choosing Custom captures with the chosen phone; when Custom was chosen already, that needs a capture
         // of its own.
-        if (m_form.addressOption() == ContactForm::Custom)
+        if (m_form.addressOption() == ContactForm::Custom) {
+            m_capture.forgetChoiceRows();
             captureContact(false);
-        else
+        } else {
             m_form.setAddressOption(ContactForm::Custom);
+        }
     });
 }
 

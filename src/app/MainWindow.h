@@ -89,6 +89,9 @@ private:
     void onServiceSelected();
     void layOutForService();
     void Form_Unload();
+    QString pressedCaption() const;
+    // Sets the option without it counting as a click: nothing is stored and nothing captured.
+    void restoreOptionSilently(int option);
 
     AutomationBackend& m_backend;
     ActSession m_session;

@@ -4,7 +4,7 @@
 #include "act/PhoneList.h"
 #include "prefs/Preferences.h"
 
-#include "ActTestSupport.h"
+#include "support/HostFixture.h"
 
 #include <QSettings>
 

@@ -3,7 +3,7 @@
 
 #include "act/PhoneFormat.h"
 
-#include "ActTestSupport.h"
+#include "support/HostFixture.h"
 
 using namespace corvalent;
 using namespace Qt::StringLiterals;

@@ -5,16 +5,55 @@
 
 namespace corvalent::test {
 
+namespace {
+
+// The event control as the add-on holds it: its Detach also stops the events on the add-on's side.
+class EventControl : public AutomationObject {
+public:
+    EventControl(AutomationPtr inner, std::shared_ptr<bool> forwarding)
+        : m_inner(std::move(inner)), m_forwarding(std::move(forwarding))
+    {
+    }
+    QVariant invoke(const QString& member, const QVariantList& args) override
+    {
+        if (member.compare(kEventMemberDetach, Qt::CaseInsensitive) == 0)
+            *m_forwarding = false;
+        return m_inner->invoke(member, args);
+    }
+
+private:
+    AutomationPtr m_inner;
+    std::shared_ptr<bool> m_forwarding;
+};
+
+} // namespace
+
 InProcessBackend::InProcessBackend(host::ContactHost& host)
     : m_host(&host)
 {
     using host::ContactHost;
     const auto queued = Qt::QueuedConnection;
-    QObject::connect(&host, &ContactHost::OnActUserWantsToClose, &m_events, &HostEvents::OnActUserWantsToClose, queued);
-    QObject::connect(&host, &ContactHost::OnDatabaseClose, &m_events, &HostEvents::OnDatabaseClose, queued);
-    QObject::connect(&host, &ContactHost::OnContactChange, &m_events, &HostEvents::OnContactChange, queued);
-    QObject::connect(&host, &ContactHost::OnContactLookupChange, &m_events, &HostEvents::OnContactLookupChange, queued);
-    QObject::connect(&host, &ContactHost::OnContactPosChange, &m_events, &HostEvents::OnContactPosChange, queued);
+    // Whether an event still counts is decided when it arrives, as over the bus.
+    QObject::connect(&host, &ContactHost::OnActUserWantsToClose, &m_events, [this] {
+        if (*m_forwarding)
+            emit m_events.OnActUserWantsToClose();
+    }, queued);
+    QObject::connect(&host, &ContactHost::OnDatabaseClose, &m_events, [this] {
+        if (*m_forwarding)
+            emit m_events.OnDatabaseClose();
+    }, queued);
+    QObject::connect(&host, &ContactHost::OnContactChange, &m_events, [this](const QString& id) {
+        if (*m_forwarding)
+            emit m_events.OnContactChange(id);
+    }, queued);
+    QObject::connect(&host, &ContactHost::OnContactLookupChange, &m_events, [this] {
+        if (*m_forwarding)
+            emit m_events.OnContactLookupChange();
+    }, queued);
+    QObject::connect(&host, &ContactHost::OnContactPosChange, &m_events, [this](const QString& id) {
+        if (*m_forwarding)
+            emit m_events.OnContactPosChange(id);
+    }, queued);
     // The host going away is the one loss an in-process host can have.
     QObject::connect(&host, &QObject::destroyed, &m_events, &HostEvents::hostLost);
 }
@@ -26,7 +65,11 @@ AutomationPtr InProcessBackend::create(const QString& progId, std::source_locati
     if (!m_host)
         throw Error(ErrorNumber::CannotCreateObject, at);
     try {
-        return m_host->createObject(progId);
+        AutomationPtr object = m_host->createObject(progId);
+        if (progId.compare(kProgIdEvents, Qt::CaseInsensitive) != 0)
+            return object;
+        *m_forwarding = true;
+        return std::make_shared<EventControl>(std::move(object), m_forwarding);
     } catch (const Error& e) {
         throw Error(e.number(), e.description(), at);
     }

@@ -3,6 +3,7 @@
 #include "act/AutomationBackend.h"
 
 #include <QPointer>
+#include <memory>
 
 namespace corvalent::host {
 class ContactHost;
@@ -12,7 +13,9 @@ namespace corvalent::test {
 
 // The contact manager's object model in this process, seen through the interface the add-on uses, so tests drive
 // the real model rather than a stand-in. Events reach events() through the event loop, as they do from another
-// process: a call made by the add-on returns before the event it caused is handled.
+// process: a call made by the add-on returns before the event it caused is handled. As over the bus, an event
+// control that was detached stops the events (a newer event control starts them again), also those already on
+// their way.
 class InProcessBackend : public AutomationBackend {
 public:
     explicit InProcessBackend(host::ContactHost& host);
@@ -27,6 +30,8 @@ public:
 private:
     QPointer<host::ContactHost> m_host;
     HostEvents m_events;
+    // Shared with the event controls handed out, which may outlive this backend.
+    std::shared_ptr<bool> m_forwarding = std::make_shared<bool>(true);
 };
 
 } // namespace corvalent::test

@@ -1,7 +1,7 @@
 #pragma once
 
-// Shared by the capture tests: a small contact database, the contact manager's model on it in this process, an
-// open session, and a backend in between that logs every call and can stop answering.
+// Shared by the capture and main window tests: a small contact database, the contact manager's model on it in this
+// process, an open session, and a backend in between that logs every call and can stop answering.
 
 #include "act/ActSession.h"
 #include "common/Error.h"

@@ -1,0 +1,302 @@
+// The main window's life beside the contact manager: start-up and its refusals, the state kept between runs, the
+// contact manager's events, the restart after integration, and the keyboard.
+
+#include "WindowFixture.h"
+
+#include "common/Error.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QRadioButton>
+
+using namespace corvalent;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A contact manager that is not there: nothing can be created.
+class AbsentBackend : public AutomationBackend {
+public:
+    AutomationPtr create(const QString&, std::source_location at) override
+    {
+        throw Error(ErrorNumber::CannotCreateObject, at);
+    }
+    HostEvents& events() override { return m_events; }
+
+private:
+    HostEvents m_events;
+};
+
+enum Refusal { SecondInstance, NoContactManager, NoDatabase };
+enum HostAction { MoveToB, EditContact, AddContact };
+
+} // namespace
+
+class TestMainWindow : public QObject {
+    Q_OBJECT
+
+    AbsentBackend m_absent; // outlives the windows that were refused on it
+    std::unique_ptr<test::WindowFixture> m;
+
+private slots:
+    void init() { m = std::make_unique<test::WindowFixture>(); }
+    void cleanup() { m.reset(); }
+
+    void startup_data()
+    {
+        QTest::addColumn<QStringList>("preferences"); // "KEY=VALUE"; %HOME% is the program folder
+        QTest::addColumn<int>("pressed");
+        QTest::addColumn<QStringList>("boxes");
+        QTest::addColumn<QStringList>("captions");
+        QTest::addColumn<QPoint>("at");
+        const QStringList empty(10);
+        QTest::newRow("nothing stored") << QStringList() << 0 << test::kBoxesA << test::kShippedButtons
+                                        << QPoint(100, 100);
+        QTest::newRow("stored button and place") << QStringList{u"Pressed=3"_s, u"Left=240"_s, u"Top=130"_s} << 3
+                                                 << test::kBoxesA << test::kShippedButtons << QPoint(240, 130);
+        QTest::newRow("Startup 1: boxes empty") << QStringList{u"Startup=1"_s} << 0 << empty << test::kShippedButtons
+                                                << QPoint(100, 100);
+        QTest::newRow("stored settings file")
+            << QStringList{u"SettingsFilePath=%HOME%/Other.ini"_s, u"Pressed=1"_s} << 1 << test::kBoxesA
+            << QStringList{u"SEC EDGAR companies"_s, u"OpenStreetMap address"_s, {}, {}} << QPoint(100, 100);
+        // The service is gone: nothing is pressed, and with no service no row is read.
+        QTest::newRow("stored button without a service")
+            << QStringList{u"SettingsFilePath=%HOME%/Other.ini"_s, u"Pressed=2"_s} << -1 << empty
+            << QStringList{u"SEC EDGAR companies"_s, u"OpenStreetMap address"_s, {}, {}} << QPoint(100, 100);
+    }
+    void startup()
+    {
+        QFETCH(QStringList, preferences);
+        QFETCH(int, pressed);
+        QFETCH(QStringList, boxes);
+        QFETCH(QStringList, captions);
+        QFETCH(QPoint, at);
+        m->host.home.write(u"Other.ini"_s, "[Buttons]\r\n1=SEC EDGAR companies\r\n2=OpenStreetMap address\r\n"
+                                           "3=Not there\r\n");
+        for (const QString& item : preferences)
+            SaveSetting(item.section(u'=', 0, 0),
+                        item.section(u'=', 1).replace(u"%HOME%"_s, m->host.home.programFolder()));
+
+        MainWindow& w = m->start();
+        QVERIFY(m->started);
+        QCOMPARE(m->prompter->texts(), QStringList());
+        for (int i = 0; i < 4; ++i) {
+            QCOMPARE(m->serviceButton(i)->isChecked(), i == pressed);
+            QCOMPARE(m->serviceButton(i)->property("caption").toString(), captions[i]);
+        }
+        QCOMPARE(w.currentServiceFile(), pressed < 0 ? QString() : m->serviceFile(captions[pressed]));
+        QCOMPARE(m->boxes(), boxes);
+        QCOMPARE(w.pos(), at);
+    }
+
+    // The record is captured even when the boxes start empty, and the next contact event shows it.
+    void startupBlankUntilTheNextEvent()
+    {
+        SaveSetting(u"Startup"_s, u"1"_s);
+        MainWindow& w = m->start();
+        QCOMPARE(w.capture().FieldValues[0], u"Jean Tremblay"_s);
+        QCOMPARE(m->box(0)->text(), QString());
+        m->host.host.setField(30, u"Laval"_s);
+        QTRY_COMPARE(m->boxes(), test::with(test::kBoxesA, 3, u"Laval"_s));
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<int>("refusal");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<int>("style");
+        QTest::newRow("second instance") << int(SecondInstance) << u"An instance of this program is already open!"_s
+                                         << 0;
+        QTest::newRow("no contact manager")
+            << int(NoContactManager)
+            << u"Unable to communicate with ACT!\rPlease run actreg.exe located in the ACT folder and try again"_s
+            << 16;
+        QTest::newRow("no database open") << int(NoDatabase)
+                                           << u"Please open an ACT database prior to running Corvalent!"_s << 48;
+    }
+    void refusals()
+    {
+        QFETCH(int, refusal);
+        QFETCH(QString, message);
+        QFETCH(int, style);
+        if (refusal == SecondInstance) {
+            m->start();
+            m->window().move(300, 200);
+            m->type(0, u"typed"_s);
+        }
+        if (refusal == NoDatabase)
+            m->host.host.closeDatabase();
+        const auto before = test::storedPreferences();
+
+        MainWindow& refused = m->start(refusal == NoContactManager ? &m_absent : nullptr);
+        QVERIFY(!m->started);
+        QVERIFY(refused.StartFailed);
+        QVERIFY(!refused.isVisible());
+        QCOMPARE(m->prompter->prompts().size(), 1);
+        QCOMPARE(m->prompter->prompts()[0].text, message);
+        QCOMPARE(m->prompter->prompts()[0].style, style);
+        refused.close(); // the user's Exit, once more
+        QCOMPARE(test::storedPreferences(), before);
+        QVERIFY(m->launcher->opened().isEmpty());
+
+        if (refusal == SecondInstance) {
+            // The first window still runs, holds the program, and follows the contact manager.
+            QVERIFY(m->window().isVisible());
+            QVERIFY(!SingleInstance().acquire());
+            QCOMPARE(m->window().pos(), QPoint(300, 200));
+            QCOMPARE(m->box(0)->text(), u"typed"_s);
+            m->host.host.moveTo(m->host.ids[1]);
+            QTRY_COMPARE(m->box(0)->text(), u"Anne Martin"_s);
+        }
+    }
+
+    void stateKeptBetweenRuns()
+    {
+        MainWindow& w = m->start();
+        w.move(321, 234);
+        QTest::mouseClick(m->widget<QCheckBox>(u"chkClose"_s), Qt::LeftButton);
+        m->press(2);
+        auto phones = m->widget<QComboBox>(u"cboPhone"_s);
+        const int mobile = phones->findData(38);
+        QVERIFY(mobile >= 0 && mobile != phones->currentIndex());
+        phones->setCurrentIndex(mobile);
+        emit phones->activated(mobile);
+        QVERIFY(m->widget<QRadioButton>(u"optOption(2)"_s)->isChecked());
+        w.close();
+        QStringList values;
+        for (const char* key : {"Pressed", "Left", "Top", "Close", "Option", "ComboPhone"})
+            values << test::stored(QLatin1String(key));
+        QCOMPARE(values, (QStringList{u"2"_s, u"321"_s, u"234"_s, u"1"_s, u"2"_s, u"38"_s}));
+
+        m->windows.erase(m->windows.begin());
+        MainWindow& again = m->start();
+        QVERIFY(m->started);
+        QCOMPARE(again.pos(), QPoint(321, 234));
+        QVERIFY(m->widget<QCheckBox>(u"chkClose"_s)->isChecked());
+        for (int i = 0; i < 4; ++i)
+            QCOMPARE(m->serviceButton(i)->isChecked(), i == 2);
+        QCOMPARE(again.currentServiceFile(), m->serviceFile(u"Area code lookup"_s));
+        QVERIFY(m->widget<QRadioButton>(u"optOption(2)"_s)->isChecked());
+        QCOMPARE(m->widget<QComboBox>(u"cboPhone"_s)->currentData().toInt(), 38);
+    }
+
+    // Every contact event reads every box anew, typed text or not; the lookup change that adding a contact fires
+    // is not followed.
+    void contactEvents_data()
+    {
+        QTest::addColumn<int>("action");
+        QTest::addColumn<bool>("adding");
+        QTest::addColumn<QStringList>("boxes");
+        QTest::newRow("another contact") << int(MoveToB) << false
+                                         << QStringList{u"Anne Martin"_s, u"Beta Inc"_s, u"200 King St W"_s,
+                                                        u"Toronto"_s, u"ON"_s, u"M5H 1J9"_s, u"Canada"_s, {}, {}, {}};
+        QTest::newRow("contact edited") << int(EditContact) << false
+                                        << test::with(test::kBoxesA, 0, u"Jean-Paul Tremblay"_s);
+        QTest::newRow("lookup change") << int(AddContact) << false << QStringList(10);
+        QTest::newRow("lookup change while adding")
+            << int(AddContact) << true << test::with(test::kBoxesA, 2, u"typed"_s);
+    }
+    void contactEvents()
+    {
+        QFETCH(int, action);
+        QFETCH(bool, adding);
+        QFETCH(QStringList, boxes);
+        MainWindow& w = m->start();
+        m->type(2, u"typed"_s);
+        w.follower().AddingContact = adding;
+        HostEvents& events = m->host.backend.events();
+        // Connected after the window, so the window has handled an event once it is counted here.
+        QSignalSpy moved(&events, &HostEvents::OnContactPosChange);
+        QSignalSpy edited(&events, &HostEvents::OnContactChange);
+        QSignalSpy lookup(&events, &HostEvents::OnContactLookupChange);
+        if (action == MoveToB)
+            m->host.host.moveTo(m->host.ids[1]);
+        else if (action == EditContact)
+            m->host.host.setField(26, u"Jean-Paul Tremblay"_s);
+        else
+            m->host.host.addNewContact();
+        QTRY_COMPARE(moved.count() + edited.count() + lookup.count(), 1);
+        QCOMPARE(m->boxes(), boxes);
+        QVERIFY(w.isVisible());
+    }
+
+    void hostCloses_data()
+    {
+        QTest::addColumn<bool>("database"); // the database closes, rather than the whole contact manager
+        QTest::addColumn<bool>("restartPending");
+        QTest::addColumn<bool>("closes");
+        QTest::newRow("database closed") << true << false << true;
+        QTest::newRow("contact manager closed") << false << false << true;
+        QTest::newRow("contact manager closed, restart pending") << false << true << false;
+    }
+    void hostCloses()
+    {
+        QFETCH(bool, database);
+        QFETCH(bool, restartPending);
+        QFETCH(bool, closes);
+        MainWindow& w = m->start();
+        w.move(150, 160);
+        w.follower().RestartPending = restartPending;
+        QSignalSpy unloaded(&w, &MainWindow::unloaded);
+        if (database)
+            m->host.host.closeDatabase();
+        else
+            m->host.host.userWantsToClose();
+        if (closes) {
+            QTRY_COMPARE(unloaded.count(), 1);
+            QVERIFY(!w.isVisible());
+            QCOMPARE(test::stored(u"Left"_s), u"150"_s);
+        } else {
+            // Delivers both events the contact manager sent: it wants to close, and its database closed.
+            QCoreApplication::sendPostedEvents();
+            QVERIFY(w.isVisible());
+            QCOMPARE(unloaded.count(), 0);
+        }
+        QVERIFY(m->launcher->opened().isEmpty());
+    }
+
+    // Closing with a restart pending closes the contact manager, opens its database again and ends the program.
+    void restartAfterIntegration()
+    {
+        MainWindow& w = m->start();
+        w.follower().RestartPending = true;
+        QSignalSpy closeAsked(&m->host.host, &host::ContactHost::closeRequested);
+        QSignalSpy ended(&w.follower(), &HostFollower::endProgram);
+        const QString database = m->host.host.store().path();
+        w.close();
+        QCOMPARE(test::stored(u"Pressed"_s), u"0"_s);
+        QCOMPARE(closeAsked.count(), 1);
+        QCOMPARE(m->launcher->opened().size(), 1);
+        QCOMPARE(m->launcher->opened()[0].target, database);
+        QCOMPARE(ended.count(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 1, 10000);
+    }
+
+    void returnInABoxSends()
+    {
+        MainWindow& w = m->start();
+        QVERIFY(m->widget<QPushButton>(u"cmdGO"_s)->isDefault());
+        m->type(3, u"Québec"_s);
+        QTest::keyClick(m->box(3), Qt::Key_Return);
+        QCOMPARE(m->launcher->opened().size(), 1);
+        QVERIFY(m->launcher->opened()[0].target.contains(u"&city=Quebec&"_s));
+        QVERIFY(!w.isVisible());
+    }
+
+    // A click in a box selects its whole text (a line edit selects it by itself only when tabbed into).
+    void clickSelectsTheBox()
+    {
+        MainWindow& w = m->start();
+        w.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
+        QLineEdit* city = m->box(3);
+        QTest::mouseClick(city, Qt::LeftButton, {}, QPoint(4, city->height() / 2));
+        QVERIFY(city->hasFocus());
+        QTRY_COMPARE(city->selectedText(), u"Montréal"_s);
+        QTest::keyClicks(city, u"Laval"_s);
+        QCOMPARE(city->text(), u"Laval"_s);
+    }
+};
+
+QTEST_MAIN(TestMainWindow)
+#include "tst_mainwindow.moc"

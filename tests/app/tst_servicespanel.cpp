@@ -1,0 +1,335 @@
+// The services panel of the main window and what hangs on the chosen service: the captions and layout, the boxes
+// a press captures, the request GO sends, and the colour scheme.
+
+#include "WindowFixture.h"
+
+#include "request/PostPage.h"
+#include "request/PostalLookup.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QListWidget>
+#include <QRadioButton>
+#include <QToolButton>
+
+using namespace corvalent;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// "SLOT=TEXT" items.
+void typeAll(test::WindowFixture& m, const QStringList& items)
+{
+    for (const QString& item : items)
+        m.type(item.section(u'=', 0, 0).toInt(), item.section(u'=', 1));
+}
+
+const QString kOwnRows = u"Base=2|F0=26|F1=25|F2=65|F3=67|F7=80|L7=User 1|L9="_s;
+
+} // namespace
+
+class TestServicesPanel : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<test::WindowFixture> m;
+
+private slots:
+    void init() { m = std::make_unique<test::WindowFixture>(); }
+    void cleanup() { m.reset(); }
+
+    // A press makes the button's service the current one, captures its rows and lays the window out for its
+    // type, within the same window size.
+    void pressButton_data()
+    {
+        QTest::addColumn<int>("button");
+        QTest::addColumn<QString>("service");
+        QTest::addColumn<QStringList>("boxes"); // "SLOT=TEXT" of the rows that tell the services apart
+        QTest::addColumn<QStringList>("labels");
+        QTest::addColumn<bool>("options");
+        QTest::addColumn<bool>("phones");
+        const QStringList custom{u"Custom1"_s, u"Custom2"_s, u"Custom3"_s};
+        QTest::newRow("address (Base 0)") << 0 << u"OpenStreetMap address"_s
+                                          << QStringList{u"0=Jean Tremblay"_s, u"2=1500 Rue Peel"_s, u"7="_s}
+                                          << custom << true << false;
+        QTest::newRow("phone (Base 1)") << 1 << u"Own phone"_s << QStringList{u"0=Jean Tremblay"_s, u"7=Acme Ltée"_s}
+                                        << QStringList{u"Phone"_s, u"Custom2"_s, u"Custom3"_s} << false << true;
+        QTest::newRow("phone rows, longer captions")
+            << 2 << u"Area code lookup"_s << QStringList{u"0=Jean Tremblay"_s, u"2=1500 Rue Peel"_s}
+            << QStringList{u"Area code"_s, u"Exchange"_s, u"Custom3"_s} << false << true;
+        QTest::newRow("other (Base 2), own rows")
+            << 3 << u"Own rows"_s
+            << QStringList{u"0=Jean Tremblay"_s, u"2=12B Main St"_s, u"3=Laval"_s, u"4="_s, u"7=u1 A"_s}
+            << QStringList{u"User 1"_s, u"Custom2"_s, u"Custom3"_s} << false << false;
+    }
+    void pressButton()
+    {
+        QFETCH(int, button);
+        QFETCH(QString, service);
+        QFETCH(QStringList, boxes);
+        QFETCH(QStringList, labels);
+        QFETCH(bool, options);
+        QFETCH(bool, phones);
+        m->putOnButton(1, u"Own phone"_s, u"Base=1|F0=26|F7=25|L7=Phone"_s);
+        m->putOnButton(3, u"Own rows"_s, kOwnRows);
+        MainWindow& w = m->start();
+        // with the address service of button 0; the window may keep its size while its contents shrink
+        const QSize size = w.size();
+        const QSize contents = w.centralWidget()->size();
+        if (button == 0)
+            m->press(3);
+        m->press(button);
+        for (int i = 0; i < 4; ++i)
+            QCOMPARE(m->serviceButton(i)->isChecked(), i == button);
+        QCOMPARE(test::stored(u"Pressed"_s), QString::number(button));
+        QCOMPARE(w.focusWidget(), m->widget(u"cmdGO"_s));
+        QCOMPARE(w.currentServiceFile(), m->serviceFile(service));
+        for (const QString& item : boxes)
+            QCOMPARE(m->box(item.section(u'=', 0, 0).toInt())->text(), item.section(u'=', 1));
+        for (int row = 7; row <= 9; ++row)
+            QCOMPARE(m->widget<QLabel>(u"lblField(%1)"_s.arg(row))->text(), labels[row - 7]);
+        QCOMPARE(m->widget(u"fraOptions"_s)->isVisible(), options);
+        QCOMPARE(m->widget(u"fraPhone"_s)->isVisible(), phones);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+        QCOMPARE(w.size(), size);
+        QCOMPARE(w.centralWidget()->size(), contents);
+    }
+
+    // Changing service keeps what the user typed in a row whose field is the same in both services.
+    void typedTextOnChangingService_data()
+    {
+        QTest::addColumn<int>("slot");
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("back"); // after pressing the first service again
+        QTest::newRow("same field kept") << 0 << u"typed"_s << u"typed"_s;
+        QTest::newRow("other field read") << 2 << u"12B Main St"_s << u"1500 Rue Peel"_s;
+        // A row without a field keeps the field it had last, so the empty box is kept on the way back.
+        QTest::newRow("no field in the new service") << 5 << QString() << QString();
+    }
+    void typedTextOnChangingService()
+    {
+        QFETCH(int, slot);
+        QFETCH(QString, shown);
+        QFETCH(QString, back);
+        m->putOnButton(3, u"Own rows"_s, kOwnRows);
+        m->start();
+        m->type(slot, u"typed"_s);
+        m->press(3);
+        QCOMPARE(m->box(slot)->text(), shown);
+        m->press(0);
+        QCOMPARE(m->box(slot)->text(), back);
+    }
+
+    void buttonWithoutService()
+    {
+        WriteKeyValue(u"Buttons"_s, u"4"_s, u"Not there"_s, SettingsFilePath());
+        MainWindow& w = m->start();
+        QCOMPARE(m->serviceButton(3)->text(), QString());
+        m->type(0, u"typed"_s);
+        m->press(3);
+        QVERIFY(!m->serviceButton(3)->isChecked());
+        QVERIFY(m->serviceButton(0)->isChecked());
+        QCOMPARE(w.currentServiceFile(), m->serviceFile(test::kShippedButtons[0]));
+        QCOMPARE(test::stored(u"Pressed"_s), u"<none>"_s);
+        QCOMPARE(m->box(0)->text(), u"typed"_s);
+    }
+
+    void chooseFromList_data()
+    {
+        QTest::addColumn<int>("button");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("fileName");
+        QTest::addColumn<QString>("caption");
+        QTest::newRow("long name cut on the button")
+            << 1 << u"Regional business registry search"_s << u"Regional business registry search"_s
+            << u"Regional business regi"_s;
+        QTest::newRow("dots stored as ~") << 2 << u"maps.example v2.0"_s << u"maps~example v2~0"_s
+                                          << u"maps.example v2.0"_s;
+    }
+    void chooseFromList()
+    {
+        QFETCH(int, button);
+        QFETCH(QString, name);
+        QFETCH(QString, fileName);
+        QFETCH(QString, caption);
+        test::writeService(m->host.home, u"Name="_s + name + u"|URL=h/s?|Base=2|F0=26|F1=25|L7=Chosen"_s, fileName);
+        MainWindow& w = m->start();
+        auto list = m->widget<QListWidget>(u"lstServices(%1)"_s.arg(button));
+        QVERIFY(!list->isVisible());
+        QTest::mouseClick(m->widget<QToolButton>(u"chkdropdown(%1)"_s.arg(button)), Qt::LeftButton);
+        QVERIFY(list->isVisible());
+        QCOMPARE(list->count(), 7); // the six shipped services and this one
+        QCOMPARE(list->currentItem()->text(), test::kShippedButtons[0]); // the current service
+        const QList<QListWidgetItem*> found = list->findItems(name, Qt::MatchExactly);
+        QCOMPARE(found.size(), 1);
+        list->scrollToItem(found[0]);
+        QTRY_VERIFY(!list->visualItemRect(found[0]).isEmpty());
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(found[0]).center());
+
+        QVERIFY(!list->isVisible());
+        QCOMPARE(GetKeyValue(u"Buttons"_s, QString::number(button + 1), {}, {}, {}, SettingsFilePath()), fileName);
+        QCOMPARE(m->serviceButton(button)->text(), caption);
+        QVERIFY(m->serviceButton(button)->isChecked());
+        QVERIFY(!m->serviceButton(0)->isChecked());
+        QCOMPARE(w.currentServiceFile(), m->serviceFile(fileName));
+        QCOMPARE(test::stored(u"Pressed"_s), QString::number(button));
+        QCOMPARE(m->widget<QLabel>(u"lblField(7)"_s)->text(), u"Chosen"_s);
+    }
+
+    // A list left for another control goes away and puts nothing on the button.
+    void listClosesWhenLeft()
+    {
+        MainWindow& w = m->start();
+        w.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
+        auto list = m->widget<QListWidget>(u"lstServices(1)"_s);
+        QTest::mouseClick(m->widget<QToolButton>(u"chkdropdown(1)"_s), Qt::LeftButton);
+        QTRY_VERIFY(list->hasFocus());
+        QTest::mouseClick(m->box(5), Qt::LeftButton);
+        QTRY_VERIFY(!list->isVisible());
+        QCOMPARE(GetKeyValue(u"Buttons"_s, u"2"_s, {}, {}, {}, SettingsFilePath()), test::kShippedButtons[1]);
+        QVERIFY(m->serviceButton(0)->isChecked());
+    }
+
+    // Each service comes back with the address option last chosen for it.
+    void optionPerService()
+    {
+        m->start();
+        auto option = [&](int i) { return m->widget<QRadioButton>(u"optOption(%1)"_s.arg(i)); };
+        QTest::mouseClick(option(1), Qt::LeftButton);
+        QCOMPARE(test::stored(u"OpenStreetMap address_option"_s), u"1"_s);
+        m->press(1);
+        QTest::mouseClick(option(2), Qt::LeftButton);
+        QCOMPARE(test::stored(u"OpenCorporates_option"_s), u"2"_s);
+        m->press(0);
+        QVERIFY(option(1)->isChecked());
+        m->press(1);
+        QVERIFY(option(2)->isChecked());
+    }
+
+    // Choosing Home shows the home address at once, and a phone picked in the list shows in the phone row; what
+    // was typed in the other rows stays.
+    void choicesShowAtOnce()
+    {
+        m->putOnButton(0, u"Steered"_s, QString(test::kRows).replace(u"F7=0"_s, u"F7=888"_s));
+        m->start();
+        m->type(0, u"typed"_s);
+        QTest::mouseClick(m->widget<QRadioButton>(u"optOption(1)"_s), Qt::LeftButton);
+        QCOMPARE(m->boxes().mid(0, 7),
+                 QStringList({u"typed"_s, u"Acme Ltée"_s, u"12B Main St"_s, u"Laval"_s, u"QC"_s, u"H7A 1A1"_s,
+                              u"Home Canada"_s}));
+        QCOMPARE(m->box(7)->text(), u"(450) 555-0111"_s); // Home's phone
+
+        auto phones = m->widget<QComboBox>(u"cboPhone"_s);
+        const int fax = phones->findData(38);
+        QVERIFY(fax >= 0);
+        phones->setCurrentIndex(fax);
+        emit phones->activated(fax);
+        QVERIFY(m->widget<QRadioButton>(u"optOption(2)"_s)->isChecked());
+        QCOMPARE(m->box(7)->text(), u"(514) 555-0100"_s);
+        QCOMPARE(m->box(0)->text(), u"typed"_s);
+    }
+
+    void go_data()
+    {
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<QStringList>("typed");
+        QTest::addColumn<bool>("keepOpen");
+        QTest::addColumn<QString>("opened"); // "" nothing; "page": the POST page
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<int>("style");
+        QTest::addColumn<bool>("closes");
+        const QString find = u"URL=h/find.asp?|V0=name|V3=city|V5=&pc"_s;
+        const QString typed = u"http://h/find.asp?name=Jean Tremblay&city=Quebec&pc=G1R 4P5"_s;
+        const QStringList edits{u"3=Québec"_s, u"5=G1R 4P5"_s};
+        QTest::newRow("boxes as edited") << find << edits << false << typed << QString() << 0 << true;
+        QTest::newRow("kept open") << find << edits << true << typed << QString() << 0 << false;
+        QTest::newRow("emptied box skipped") << u"URL=h/s?a=1|V1=co|V2=street|V4=st"_s << QStringList{u"2="_s}
+                                             << false << u"http://h/s?a=1&co=Acme Ltee&st=QC"_s << QString() << 0
+                                             << true;
+        QTest::newRow("no ? added") << u"URL=h/s|V4=st"_s << QStringList() << false << u"http://h/s&st=QC"_s
+                                    << QString() << 0 << true;
+        QTest::newRow("https doubled") << u"URL=https://h/s?|V4=st"_s << QStringList() << false
+                                       << u"http://https://h/s?st=QC"_s << QString() << 0 << true;
+        QTest::newRow("country from the box") << u"URL=h/s?|CountryFile=Countries-ISO.ini|V6=c"_s
+                                              << QStringList{u"6=France"_s} << false << u"http://h/s?c=FR"_s
+                                              << QString() << 0 << true;
+        QTest::newRow("no URL") << u"URL=|V0=name"_s << QStringList() << false << QString()
+                                << u"No URL has been specified for this service!"_s << 48 << false;
+        QTest::newRow("missing country file")
+            << u"URL=h/s?|CountryFile=Gone.ini|V6=c"_s << QStringList() << false << QString()
+            << u"Can't find the country file as specified in this service's settings."_s << 0 << false;
+        QTest::newRow("POST page") << test::kPostalUrl + u"|V3=city"_s << QStringList() << false << u"page"_s
+                                   << QString() << 0 << false;
+    }
+    void go()
+    {
+        QFETCH(QString, keys);
+        QFETCH(QStringList, typed);
+        QFETCH(bool, keepOpen);
+        QFETCH(QString, opened);
+        QFETCH(QString, message);
+        QFETCH(int, style);
+        QFETCH(bool, closes);
+        m->putOnButton(3, u"Request"_s, u"Base=2|"_s + test::kRows + u"|"_s + keys);
+        MainWindow& w = m->start();
+        m->press(3);
+        typeAll(*m, typed);
+        if (keepOpen)
+            QTest::mouseClick(m->widget<QCheckBox>(u"chkClose"_s), Qt::LeftButton);
+        QSignalSpy unloaded(&w, &MainWindow::unloaded);
+        QTest::mouseClick(m->widget<QPushButton>(u"cmdGO"_s), Qt::LeftButton);
+
+        QStringList targets;
+        for (const RecordingLauncher::Opened& o : m->launcher->opened())
+            targets << o.target;
+        if (opened == u"page"_s)
+            opened = ProgramFolder::join(ProgramFolder::path(), kPostPageName);
+        QCOMPARE(targets, opened.isEmpty() ? QStringList() : QStringList{opened});
+        QCOMPARE(m->prompter->texts(), message.isEmpty() ? QStringList() : QStringList{message});
+        for (const RecordingPrompter::Prompt& p : m->prompter->prompts())
+            QCOMPARE(p.style, style);
+        QCOMPARE(w.isVisible(), !closes);
+        QCOMPARE(unloaded.count(), closes ? 1 : 0);
+    }
+
+    void colours_data()
+    {
+        QTest::addColumn<QString>("stored"); // "ColorStandard"; null: none stored
+        QTest::addColumn<bool>("standard");
+        QTest::newRow("none stored") << QString() << true;
+        QTest::newRow("1") << u"1"_s << true;
+        QTest::newRow("0") << u"0"_s << false;
+        QTest::newRow("-1") << u"-1"_s << false;
+        QTest::newRow("text") << u"abc"_s << false;
+    }
+    void colours()
+    {
+        QFETCH(QString, stored);
+        QFETCH(bool, standard);
+        if (!stored.isNull())
+            SaveSetting(u"ColorStandard"_s, stored);
+        m->start();
+        const QColor back = standard ? QColor(Qt::white) : QColor(Qt::black);
+        const QColor fore = standard ? QApplication::palette().color(QPalette::ButtonText) : QColor(0, 0xFF, 0);
+        QCOMPARE(m->box(0)->palette().color(QPalette::Base), back);
+        QCOMPARE(m->box(0)->palette().color(QPalette::Text), fore);
+        QCOMPARE(m->widget(u"lblContact"_s)->palette().color(QPalette::WindowText), fore);
+
+        // Only a Tag that begins with "1" takes the scheme; other controls keep the desktop's colours.
+        auto grab = [&](int i) { return m->widget(u"cmdGrab(%1)"_s.arg(i)); };
+        grab(1)->setProperty("Tag", u"12"_s);
+        grab(2)->setProperty("Tag", u"21"_s);
+        m->window().Refresh_Colors();
+        const QPalette desktop = QApplication::palette(grab(0));
+        for (int i : {0, 2}) {
+            QCOMPARE(grab(i)->palette().color(QPalette::Button), desktop.color(QPalette::Button));
+            QCOMPARE(grab(i)->palette().color(QPalette::ButtonText), desktop.color(QPalette::ButtonText));
+        }
+        QCOMPARE(grab(1)->palette().color(QPalette::Button), back);
+        QCOMPARE(grab(1)->palette().color(QPalette::ButtonText), fore);
+    }
+};
+
+QTEST_MAIN(TestServicesPanel)
+#include "tst_servicespanel.moc"
