@@ -57,16 +57,30 @@ void HostFollower::ActEvent1_OnContactLookupChange()
         captureAgain();
 }
 
+void HostFollower::detachFromClosingHost(const QString& location)
+{
+    trappedSub(location, [&] {
+        try {
+            m_session.detach();
+        } catch (const Error& e) {
+            // The contact manager does not wait for its clients once it has announced that it closes, so the
+            // detach often finds it gone. That is the outcome the detach was for, not an error to show.
+            if (e.number() != ErrorNumber::CannotCreateObject && e.number() != ErrorNumber::AutomationError)
+                throw;
+        }
+    });
+}
+
 void HostFollower::ActEvent1_OnDatabaseClose()
 {
     // The window closes even when detaching fails: the contact manager it would detach from is going anyway.
-    trappedSub(QStringLiteral("frmMain: Sub ActEvent1_OnDatabaseClose"), [&] { m_session.detach(); });
+    detachFromClosingHost(QStringLiteral("frmMain: Sub ActEvent1_OnDatabaseClose"));
     emit unloadRequested();
 }
 
 void HostFollower::ActEvent1_OnActUserWantsToClose()
 {
-    trappedSub(QStringLiteral("frmMain: Sub ActEvent1_OnActUserWantsToClose"), [&] { m_session.detach(); });
+    detachFromClosingHost(QStringLiteral("frmMain: Sub ActEvent1_OnActUserWantsToClose"));
     if (!RestartPending)
         emit unloadRequested();
 }

@@ -52,6 +52,7 @@ signals:
 
 private:
     void captureAgain();
+    void detachFromClosingHost(const QString& location);
 
     ActSession& m_session;
     ContactCapture& m_capture;
