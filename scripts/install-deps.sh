@@ -8,7 +8,8 @@ packages=(
     qt6-base-dev libqt6sql6-sqlite
     libbenchmark-dev
     xdg-utils shared-mime-info desktop-file-utils
-    xvfb xauth openbox dbus
+    libxcb1-dev
+    xvfb xauth openbox dbus x11-utils xdotool imagemagick
 )
 
 missing=()

@@ -155,7 +155,8 @@ struct ContactsWindow::Impl {
         QObject::connect(addAction(file, QStringLiteral("actionOpenDatabase"), QStringLiteral("&Open Database…"),
                                    QKeySequence::Open),
                          &QAction::triggered, q, [this] { askOpenDatabase(); });
-        auto close = addAction(file, QStringLiteral("actionCloseDatabase"), QStringLiteral("&Close Database"));
+        auto close = addAction(file, QStringLiteral("actionCloseDatabase"), QStringLiteral("&Close Database"),
+                               QKeySequence::Close);
         QObject::connect(close, &QAction::triggered, q, [this] {
             userCommand(QStringLiteral("The database could not be closed."), [&] { host.closeDatabase(); });
         });

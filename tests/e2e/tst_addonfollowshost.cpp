@@ -1,0 +1,303 @@
+// The add-on beside the contact manager as a user has them: both real programs on an X server with a window
+// manager (scripts/x11-session.sh runs this test), driven by keyboard through xdotool. What the add-on's boxes hold
+// is seen where the user sees it: the address GO opens, which a stand-in for the browser writes down.
+
+#include "act/DBusBackend.h"
+#include "request/TextTransforms.h"
+#include "store/ContactStore.h"
+#include "support/BusSupport.h"
+#include "support/TestHome.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QSettings>
+#include <QTest>
+
+#include <optional>
+
+using namespace corvalent;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kWindowMs = 30000; // a window to appear, a program to end
+constexpr int kToolMs = 15000;   // one xdotool command
+
+// Runs xdotool and answers its output; nothing when it failed or hung.
+std::optional<QString> xdotool(const QStringList& args, bool quiet = false)
+{
+    QProcess tool;
+    tool.start(u"xdotool"_s, args);
+    if (!tool.waitForFinished(kToolMs)) {
+        tool.kill();
+        tool.waitForFinished();
+        qWarning("xdotool %s: no answer", qPrintable(args.join(u' ')));
+        return std::nullopt;
+    }
+    if (tool.exitStatus() != QProcess::NormalExit || tool.exitCode() != 0) {
+        if (!quiet)
+            qWarning("xdotool %s: %s", qPrintable(args.join(u' ')), tool.readAllStandardError().constData());
+        return std::nullopt;
+    }
+    return QString::fromUtf8(tool.readAllStandardOutput());
+}
+
+// xdotool's search for the windows on screen of the process whose title matches; --all, or any one of the
+// conditions would do.
+QStringList onScreen(const QProcess& process, const QString& titlePattern)
+{
+    return {u"search"_s, u"--all"_s, u"--onlyvisible"_s, u"--pid"_s, QString::number(process.processId()),
+            u"--name"_s, titlePattern};
+}
+
+// The first mapped window of the process whose title matches, once there is one; empty after the time-out.
+QString waitForWindow(const QProcess& process, const QString& titlePattern)
+{
+    QString window;
+    const bool ended = QTest::qWaitFor(
+        [&] {
+            if (process.state() != QProcess::Running)
+                return true;
+            window = xdotool(onScreen(process, titlePattern), true).value_or(QString()).section(u'\n', 0, 0).trimmed();
+            return !window.isEmpty();
+        },
+        kWindowMs);
+    return ended ? window : QString();
+}
+
+// The titles of the process's windows on screen, one per window: a message box shows up here.
+QStringList windowTitles(const QProcess& process)
+{
+    const QString titles =
+        xdotool(onScreen(process, u"."_s) << u"getwindowname"_s << u"%@"_s, true).value_or(QString());
+    QStringList list = titles.split(u'\n', Qt::SkipEmptyParts);
+    list.sort();
+    return list;
+}
+
+// Keys as the user types them into the window: it is activated first, so that they reach it and nothing else.
+bool type(const QString& window, const QString& keys)
+{
+    return xdotool({u"windowactivate"_s, u"--sync"_s, window, u"key"_s, u"--clearmodifiers"_s, keys}).has_value();
+}
+
+// Whether the program ended by itself; if not, why not, as far as its windows tell.
+bool endsCleanly(QProcess& process, QByteArray& why)
+{
+    if (process.waitForFinished(kWindowMs)) {
+        why = "it crashed";
+        return process.exitStatus() == QProcess::NormalExit;
+    }
+    why = "it still runs; its windows: " + windowTitles(process).join(u", "_s).toUtf8();
+    return false;
+}
+
+void stop(QProcess& process)
+{
+    if (process.state() != QProcess::NotRunning) {
+        process.kill();
+        process.waitForFinished();
+    }
+}
+
+} // namespace
+
+class TestAddonFollowsHost : public QObject {
+    Q_OBJECT
+
+    test::TestHome m_home;
+    QString m_database;
+    QString m_opened; // one line per address GO opened
+    QString m_prefs;
+    QProcessEnvironment m_env;
+    QProcess m_host;
+    QProcess m_addon;
+    QString m_hostWindow;
+    QString m_addonWindow;
+    std::unique_ptr<DBusBackend> m_backend;
+
+    QStringList opened() const
+    {
+        return QString::fromUtf8(test::TestHome::read(m_opened)).split(u'\n', Qt::SkipEmptyParts);
+    }
+
+    qint64 currentId() const
+    {
+        const AutomationPtr views = toObject(m_backend->create(kProgIdApp)->invoke(u"Views"_s));
+        const AutomationPtr view = toObject(views->invoke(u"Create"_s, {qint16(1), u"CV"_s}));
+        return view->invoke(u"GetCurrentID"_s).toLongLong();
+    }
+
+    // What GO opens for the Echo service on this contact: the empty boxes are left out, accents folded.
+    QString echoAddress(qint64 contactId) const
+    {
+        host::ContactStore store;
+        store.open(m_database);
+        QStringList pairs;
+        const std::pair<QString, int> rows[] = {{u"name"_s, 26}, {u"company"_s, 25}};
+        for (const auto& [name, field] : rows) {
+            const QString text = store.fieldText(contactId, field);
+            if (!text.isEmpty())
+                pairs << name + u'=' + Remove_Accents(text);
+        }
+        return u"http://127.0.0.1/echo?"_s + pairs.join(u'&');
+    }
+
+    void startAddon()
+    {
+        m_addon.setProcessEnvironment(m_env);
+        m_addon.setProcessChannelMode(QProcess::ForwardedChannels);
+        m_addon.start(qEnvironmentVariable("CORVALENT_ADDON"), {});
+        QVERIFY2(m_addon.waitForStarted(), qPrintable(m_addon.errorString()));
+        m_addonWindow = waitForWindow(m_addon, u"^Corvalent$"_s);
+        QVERIFY2(!m_addonWindow.isEmpty(), "the add-on's window did not appear");
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY2(!qEnvironmentVariableIsEmpty("DISPLAY"), "needs an X server: run under scripts/x11-session.sh");
+        QVERIFY2(QDBusConnection::sessionBus().isConnected(), "needs a session bus: run under scripts/x11-session.sh");
+        QVERIFY2(xdotool({u"version"_s}), "xdotool is missing");
+        QVERIFY(!test::hostOnBus());
+
+        m_database = m_home.file(u"Contacts.cvdb"_s);
+        host::writeSampleDatabase(m_database);
+
+        // The add-on's folder is written whole, so it is not seeded: a service whose request carries the name and
+        // the company, on the first button, which is the one pressed at start.
+        m_home.write(u"Presets/Echo.isf"_s, "[Settings]\nName=Echo\nURL=http://127.0.0.1/echo?\nBase=2\n"
+                                            "F0=26\nF1=25\nV0=name\nV1=company\n");
+        m_home.write(u"Settings.ini"_s, "[Buttons]\n1=Echo\n");
+        // The window stays open after GO, so one add-on serves several presses.
+        m_prefs = m_home.path() + u"/config/Corvalent/Corvalent.conf"_s;
+        QDir().mkpath(m_home.path() + u"/config/Corvalent"_s);
+        QFile prefs(m_prefs);
+        QVERIFY(prefs.open(QIODevice::WriteOnly) && prefs.write("[Settings]\nClose=1\n") > 0);
+        prefs.close();
+
+        m_opened = m_home.path() + u"/opened.txt"_s;
+        const QString opener = m_home.path() + u"/opener.sh"_s;
+        QFile script(opener);
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write("#!/bin/sh\nprintf '%s\\n' \"$1\" >> '" + QFile::encodeName(m_opened) + "'\n");
+        script.close();
+        QVERIFY(script.setPermissions(script.permissions() | QFileDevice::ExeOwner));
+
+        m_env = QProcessEnvironment::systemEnvironment();
+        m_env.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+        m_env.insert(u"HOME"_s, m_home.path() + u"/user"_s);
+        m_env.insert(u"XDG_DATA_HOME"_s, m_home.path() + u"/data"_s);
+        m_env.insert(u"CORVALENT_OPENER"_s, opener);
+
+        m_host.setProcessEnvironment(m_env);
+        QVERIFY(test::startHost(m_host, {m_database}));
+        m_hostWindow = waitForWindow(m_host, u"^Corvalent Contacts"_s);
+        QVERIFY2(!m_hostWindow.isEmpty(), "the contact manager's window did not appear");
+        m_backend = std::make_unique<DBusBackend>();
+
+        startAddon();
+    }
+
+    void cleanupTestCase()
+    {
+        m_backend.reset();
+        stop(m_addon);
+        stop(m_host);
+    }
+
+    // The user moves in the contact manager (or another program moves it), then presses Return in the add-on:
+    // GO opens the address of the contact the contact manager now shows.
+    void goCarriesTheNewContact_data()
+    {
+        QTest::addColumn<QString>("keys"); // typed into the contact manager; empty: another program moves it
+        QTest::addColumn<int>("index");    // for the other program: the contact to go to
+        QTest::newRow("next contact") << u"alt+Right"_s << 0;
+        QTest::newRow("next again") << u"alt+Right"_s << 0;
+        QTest::newRow("previous contact") << u"alt+Left"_s << 0;
+        QTest::newRow("another program goes to a contact") << QString() << 17;
+    }
+    void goCarriesTheNewContact()
+    {
+        QFETCH(QString, keys);
+        QFETCH(int, index);
+        QCOMPARE(m_addon.state(), QProcess::Running);
+        const qint64 before = currentId();
+        if (keys.isEmpty()) {
+            host::ContactStore store;
+            store.open(m_database);
+            const qint64 target = store.allContactIds().at(index);
+            QVERIFY(target != before);
+            DBusBackend other(QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"other"_s));
+            toObject(other.create(kProgIdDatabase)->invoke(u"Contact"_s))->invoke(u"GoTo"_s, {QString::number(target)});
+        } else {
+            QVERIFY(type(m_hostWindow, keys));
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(currentId() != before, 10000);
+        const qint64 now = currentId();
+        const QString expected = echoAddress(now);
+        const QString previous = echoAddress(before);
+        QVERIFY(expected != previous);
+
+        // The add-on hears of the move on the bus and the Return key on the X connection; a press that overtakes
+        // the event honestly opens the previous contact, so only that answer earns another press.
+        QString address;
+        for (int press = 0; press < 3 && (address.isEmpty() || address == previous); ++press) {
+            const qsizetype lines = opened().size();
+            QVERIFY(type(m_addonWindow, u"Return"_s));
+            QTRY_VERIFY_WITH_TIMEOUT(opened().size() > lines, 10000);
+            QCOMPARE(opened().size(), lines + 1);
+            address = opened().last();
+        }
+        QCOMPARE(address, expected);
+        // Nothing but the window itself: no message box on the way.
+        QCOMPARE(windowTitles(m_addon), QStringList{u"Corvalent"_s});
+    }
+
+    // File > Close Database in the contact manager: the add-on keeps where its window was and ends. The window is
+    // moved first, so that what is kept is where it was at the end, whatever was written before.
+    void closingTheDatabaseEndsTheAddon()
+    {
+        const auto position = [this] {
+            QSettings prefs(m_prefs, QSettings::IniFormat);
+            prefs.beginGroup(u"Settings"_s);
+            return std::pair(prefs.value(u"Left"_s).toString(), prefs.value(u"Top"_s).toString());
+        };
+        const auto before = position();
+        const QString geometry =
+            xdotool({u"getwindowgeometry"_s, u"--shell"_s, m_addonWindow}).value_or(QString());
+        const qsizetype at = geometry.indexOf(u"\nX="_s);
+        QVERIFY2(at >= 0, qPrintable(geometry));
+        const int x = geometry.mid(at + 3).section(u'\n', 0, 0).toInt();
+        const QString target = QString::number(x < 500 ? x + 250 : x - 250);
+        QVERIFY(xdotool({u"windowmove"_s, u"--sync"_s, m_addonWindow, target, u"200"_s}));
+
+        QVERIFY(type(m_hostWindow, u"ctrl+w"_s));
+        QByteArray why;
+        QVERIFY2(endsCleanly(m_addon, why), why.constData());
+        QCOMPARE(m_addon.exitCode(), 0);
+
+        const auto after = position();
+        bool left = false, top = false;
+        after.first.toInt(&left);
+        after.second.toInt(&top);
+        QVERIFY2(left && top, test::TestHome::read(m_prefs).constData());
+        QVERIFY2(after != before, test::TestHome::read(m_prefs).constData());
+        QCOMPARE(m_host.state(), QProcess::Running);
+    }
+
+    // File > Exit in the contact manager ends a running add-on with it.
+    void exitingTheContactManagerEndsTheAddon()
+    {
+        m_backend->create(kProgIdApp)->invoke(u"OpenFile"_s, {m_database});
+        startAddon();
+        QVERIFY(type(m_hostWindow, u"ctrl+q"_s));
+        QByteArray why;
+        QVERIFY2(endsCleanly(m_addon, why), why.constData());
+        QCOMPARE(m_addon.exitCode(), 0);
+        QVERIFY2(endsCleanly(m_host, why), why.constData());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestAddonFollowsHost)
+#include "tst_addonfollowshost.moc"
