@@ -235,34 +235,37 @@ void MainWindow::buildMenus()
         action->setObjectName(QLatin1String(name));
         return action;
     };
+    // The menu titles take Alt with their first letter; the items keep their captions exactly as users know them
+    // and are reached in an open menu by their first letter or the arrows.
     // The windows of these items (the service editor, Manage Services, Preferences, the integration) are not
     // there yet, and there is nothing to undo before grabbing and writing back exist.
     auto notYet = [](QAction* action) { action->setEnabled(false); };
 
     QMenu* file = addMenu("mnuServices", tr("&File"));
-    notYet(addItem(file, "mnuSettings", tr("&New Service...")));
-    notYet(addItem(file, "mnuManage", tr("&Manage Services...")));
+    notYet(addItem(file, "mnuSettings", QStringLiteral("New Service...")));
+    notYet(addItem(file, "mnuManage", QStringLiteral("Manage Services...")));
     file->addSeparator();
-    QAction* exit = addItem(file, "mnuExit", tr("E&xit"));
+    QAction* exit = addItem(file, "mnuExit", QStringLiteral("Exit"));
     connect(exit, &QAction::triggered, this, &MainWindow::close);
 
     QMenu* edit = addMenu("mnuEdit1", tr("&Edit"));
-    notYet(addItem(edit, "mnuUndo", tr("&Undo Update ACT!")));
-    notYet(addItem(edit, "mnuEdit", tr("&Edit a Service...")));
+    notYet(addItem(edit, "mnuUndo", QStringLiteral("Undo Update ACT!")));
+    notYet(addItem(edit, "mnuEdit", QStringLiteral("Edit a Service...")));
 
     QMenu* contact = addMenu("mnuCOntact", tr("&Contact"));
-    connect(addItem(contact, "mnuClearAll", tr("&Clear all fields")), &QAction::triggered, this,
+    connect(addItem(contact, "mnuClearAll", QStringLiteral("Clear all fields")), &QAction::triggered, this,
             &MainWindow::mnuClearAll_Click);
-    connect(addItem(contact, "mnuLoadAll", tr("&Load all fields")), &QAction::triggered, this,
+    connect(addItem(contact, "mnuLoadAll", QStringLiteral("Load all fields")), &QAction::triggered, this,
             &MainWindow::mnuLoadAll_Click);
 
     QMenu* options = addMenu("mnuOptions", tr("&Options"));
-    notYet(addItem(options, "mnuIntegrate", tr("&Integrate with ACT!...")));
-    notYet(addItem(options, "mnuPreferences", tr("&Preferences...")));
+    notYet(addItem(options, "mnuIntegrate", QStringLiteral("Integrate with ACT!...")));
+    notYet(addItem(options, "mnuPreferences", QStringLiteral("Preferences...")));
 
     QMenu* help = addMenu("mnuHelp", tr("&Help"));
-    connect(addItem(help, "mnuOnline", tr("&Online Help")), &QAction::triggered, this, &MainWindow::mnuOnline_Click);
-    connect(addItem(help, "mnuInstructions", tr("&User's manual")), &QAction::triggered, this,
+    connect(addItem(help, "mnuOnline", QStringLiteral("Online Help")), &QAction::triggered, this,
+            &MainWindow::mnuOnline_Click);
+    connect(addItem(help, "mnuInstructions", QStringLiteral("User's manual")), &QAction::triggered, this,
             &MainWindow::mnuInstructions_Click);
 
     m_popup = new QMenu(this);

@@ -5,6 +5,7 @@
 
 #include "common/Error.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QRadioButton>
@@ -295,6 +296,33 @@ private slots:
         QTRY_COMPARE(city->selectedText(), u"Montréal"_s);
         QTest::keyClicks(city, u"Laval"_s);
         QCOMPARE(city->text(), u"Laval"_s);
+    }
+
+    // What the Contact and Help menus do; the items whose windows are not there yet are greyed out.
+    void menus()
+    {
+        MainWindow& w = m->start();
+        auto item = [&](const char* name) { return w.findChild<QAction*>(QLatin1String(name)); };
+        for (const char* name : {"mnuSettings", "mnuManage", "mnuUndo", "mnuEdit", "mnuIntegrate", "mnuPreferences",
+                                 "mnuPopupSettings"})
+            QVERIFY2(!item(name)->isEnabled(), name);
+        QCOMPARE(item("mnuSettings")->text(), u"New Service..."_s);
+        QCOMPARE(item("mnuPopupSettings")->text(), u"&Edit"_s);
+
+        m->type(0, u"typed"_s);
+        m->type(3, u"typed"_s);
+        item("mnuLoadAll")->trigger();
+        QCOMPARE(m->boxes(), test::kBoxesA);
+        item("mnuClearAll")->trigger();
+        QCOMPARE(m->boxes(), QStringList(10));
+
+        item("mnuOnline")->trigger();
+        QCOMPARE(m->launcher->opened().size(), 1);
+        QVERIFY(m->launcher->opened()[0].target.startsWith(u"https://"_s));
+        item("mnuInstructions")->trigger(); // no manual in the program folder
+        QCOMPARE(m->launcher->opened().size(), 1);
+        QCOMPARE(m->prompter->prompts().size(), 1);
+        QVERIFY(m->prompter->prompts()[0].text.contains(u"Corvalent_manual.pdf"_s));
     }
 };
 
