@@ -34,8 +34,8 @@ public:
     // Captures into FieldCodes and FieldValues and, unless NoDisplay, shows them in the form's ten texts; sets
     // the ten Grab flags either way. A slot whose code is the same as at the last capture keeps the text the form
     // shows, so typing survives a change of service. Behind the error trap ("frmMain: Sub Get_Contact"): after an
-    // error the slots filled so far keep and show their new values, the others stay as they were. Answers
-    // whether the capture ran to its end.
+    // error the record keeps what was read so far and the form keeps what it showed. Answers whether the capture
+    // ran to its end.
     bool Get_Contact(bool NoDisplay);
 
     // Makes the next capture read anew the rows that the address option and the phone choice steer (an address

@@ -34,27 +34,29 @@ void HostFollower::stopFollowing()
     m_connections.clear();
 }
 
-void HostFollower::captureAgain()
+void HostFollower::captureAgain(const QString& location)
 {
-    m_capture.ResetFields = true;
-    m_capture.Get_Contact(false);
-    emit captured();
+    trappedSub(location, [&] {
+        m_capture.ResetFields = true;
+        m_capture.Get_Contact(false);
+        emit captured();
+    });
 }
 
 void HostFollower::ActEvent1_OnContactChange()
 {
-    captureAgain();
+    captureAgain(QStringLiteral("frmMain: Sub ActEvent1_OnContactChange"));
 }
 
 void HostFollower::ActEvent1_OnContactPosChange()
 {
-    captureAgain();
+    captureAgain(QStringLiteral("frmMain: Sub ActEvent1_OnContactPosChange"));
 }
 
 void HostFollower::ActEvent1_OnContactLookupChange()
 {
     if (!AddingContact)
-        captureAgain();
+        captureAgain(QStringLiteral("frmMain: Sub ActEvent1_OnContactLookupChange"));
 }
 
 void HostFollower::detachFromClosingHost(const QString& location)

@@ -51,7 +51,7 @@ signals:
     void endProgram();
 
 private:
-    void captureAgain();
+    void captureAgain(const QString& location);
     void detachFromClosingHost(const QString& location);
 
     ActSession& m_session;

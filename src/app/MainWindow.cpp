@@ -1,5 +1,6 @@
 #include "app/MainWindow.h"
 
+#include "act/FieldDerivations.h"
 #include "act/PhoneList.h"
 #include "app/ColourScheme.h"
 #include "app/ServicesPanel.h"
@@ -351,7 +352,11 @@ bool MainWindow::Form_Load()
             StartFailed = true;
             return;
         }
+        // Without a session the window could show nothing and would store what it never restored: start-up
+        // ends after the error box.
+        StartFailed = true;
         m_session.OpenSession(m_backend);
+        StartFailed = false;
         m_follower.follow(m_backend.events());
 
         // Start-up sets the controls itself: no handler may capture before the first capture below.
@@ -414,8 +419,15 @@ void MainWindow::closeEvent(QCloseEvent* event)
 
 void MainWindow::captureContact(bool noDisplay)
 {
+    const bool hadPhones = !m_form.phones().isEmpty();
     m_capture.Get_Contact(noDisplay);
     reloadPhones();
+    // The first capture ran before there was a phone list to choose from; with Custom chosen, the phone rows are
+    // read again with the phone the list now shows.
+    if (!hadPhones && !m_form.phones().isEmpty() && m_form.addressOption() == ContactForm::Custom) {
+        m_capture.forgetChoiceRows();
+        m_capture.Get_Contact(noDisplay);
+    }
 }
 
 void MainWindow::reloadPhones()
@@ -424,6 +436,15 @@ void MainWindow::reloadPhones()
         return;
     QScopedValueRollback<bool> filling(m_filling, true);
     LoadPhoneList(m_session, m_form);
+    // With Business or Home chosen, the list shows the phone those read, not an earlier choice that is not used.
+    if (m_form.addressOption() != ContactForm::Custom) {
+        const qint32 used = GetPhoneNumber(m_form);
+        const QList<ContactForm::PhoneEntry>& phones = m_form.phones();
+        for (int i = 0; i < phones.size(); ++i) {
+            if (phones.at(i).fieldId == used)
+                m_form.setCurrentPhone(i);
+        }
+    }
 }
 
 void MainWindow::onServiceSelected()
@@ -529,14 +550,17 @@ void MainWindow::mnuClearAll_Click()
 
 void MainWindow::mnuLoadAll_Click()
 {
-    m_capture.LoadAll = true;
-    captureContact(false);
-    m_capture.LoadAll = false;
+    trappedSub(QStringLiteral("frmMain: Sub mnuLoadAll_Click"), [&] {
+        m_capture.LoadAll = true;
+        captureContact(false);
+        m_capture.LoadAll = false;
+    });
 }
 
 void MainWindow::mnuOnline_Click()
 {
-    Launcher::instance().open(kOnlineHelpAddress, ProgramFolder::path());
+    trappedSub(QStringLiteral("frmMain: Sub mnuOnline_Click"),
+               [&] { Launcher::instance().open(kOnlineHelpAddress, ProgramFolder::path()); });
 }
 
 void MainWindow::mnuInstructions_Click()

@@ -9,6 +9,7 @@
 #include "services/ServiceCatalogue.h"
 #include "services/ServiceDefinition.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -63,6 +64,10 @@ ServicesPanel::ServicesPanel(bool& filling, QWidget* listParent, QWidget* parent
         auto arrow = new QToolButton(this);
         arrow->setObjectName(indexed("chkdropdown", i));
         arrow->setArrowType(Qt::DownArrow);
+        // Checked while its list is open. A click would toggle it on release, after the press opened the list.
+        arrow->setCheckable(true);
+        connect(arrow, &QToolButton::clicked, this,
+                [this, i] { m_arrows.at(size_t(i))->setChecked(m_lists.at(size_t(i))->isVisible()); });
         arrow->setToolTip(tr("Choose the service for this button"));
         arrow->setAccessibleName(tr("Choose service %1").arg(i + 1));
         connect(arrow, &QToolButton::pressed, this, [this, i] { chkdropdown_MouseDown(i); });
@@ -165,8 +170,10 @@ void ServicesPanel::chkServices_Click(int Index)
                 m_go->setFocus();
         }
         for (int i = 0; i < kButtons; ++i) {
-            if (i != Index)
+            if (i != Index) {
                 setChecked(button(i), false);
+                m_arrows.at(size_t(i))->setChecked(false);
+            }
         }
         setServiceFile(Index);
         emit serviceSelected(Index);
@@ -188,10 +195,13 @@ void ServicesPanel::placeList(int index)
 void ServicesPanel::chkdropdown_MouseDown(int Index)
 {
     QListWidget* list = m_lists.at(size_t(Index));
+    m_arrows.at(size_t(Index))->setChecked(true);
     lstServices_GotFocus(Index);
     placeList(Index);
     list->show();
     list->setFocus(Qt::PopupFocusReason);
+    // A click anywhere else closes the list, also on a control that takes no focus.
+    qApp->installEventFilter(this);
 }
 
 void ServicesPanel::lstServices_GotFocus(int Index)
@@ -204,16 +214,19 @@ void ServicesPanel::lstServices_GotFocus(int Index)
                                                         QString(), QString(), m_serviceFile));
         list->addItems(ServiceListEntries(PresetsDir(), false));
         const QList<QListWidgetItem*> found = list->findItems(current, Qt::MatchExactly);
+        // Nothing is chosen when the current service is not listed, so that Enter cannot put another one on the
+        // button by accident.
+        list->setCurrentRow(-1);
         if (!current.isEmpty() && !found.isEmpty())
             list->setCurrentItem(found.first());
-        else
-            list->setCurrentRow(list->count() > 0 ? 0 : -1);
     });
 }
 
 void ServicesPanel::lstServices_LostFocus(int Index)
 {
     m_lists.at(size_t(Index))->hide();
+    m_arrows.at(size_t(Index))->setChecked(false);
+    qApp->removeEventFilter(this);
 }
 
 void ServicesPanel::lstServices_Click(int Index)
@@ -238,6 +251,15 @@ void ServicesPanel::lstServices_Click(int Index)
 
 bool ServicesPanel::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::MouseButtonPress && watched->isWidgetType()) {
+        auto pressed = static_cast<QWidget*>(watched);
+        for (int i = 0; i < kButtons; ++i) {
+            QListWidget* list = m_lists.at(size_t(i));
+            QToolButton* arrow = m_arrows.at(size_t(i));
+            if (list->isVisible() && pressed != list && !list->isAncestorOf(pressed) && pressed != arrow)
+                lstServices_LostFocus(i);
+        }
+    }
     for (int i = 0; i < kButtons; ++i) {
         if (watched == m_lists.at(size_t(i))) {
             if (event->type() == QEvent::FocusOut) {

@@ -30,7 +30,11 @@ bool SingleInstance::acquire()
     m_lock = std::make_unique<QLockFile>(m_path);
     // Never treat a live holder's lock as stale, however old it is: only a lock whose process is gone is.
     m_lock->setStaleLockTime(0);
-    return m_lock->tryLock(0);
+    if (m_lock->tryLock(0))
+        return true;
+    // Only another instance's lock keeps this one from running; a runtime folder that cannot be written to must not
+    // lock the user out of the program.
+    return m_lock->error() != QLockFile::LockFailedError;
 }
 
 void SingleInstance::release()

@@ -15,7 +15,8 @@ public:
     SingleInstance();
     explicit SingleInstance(const QString& lockPath);
 
-    // Takes the lock; false when another running instance holds it. Taking it twice is harmless.
+    // Takes the lock; false when another running instance holds it (a lock that cannot be made at all does not
+    // count). Taking it twice is harmless.
     bool acquire();
     void release();
 

@@ -176,19 +176,55 @@ private slots:
         QCOMPARE(m->widget<QLabel>(u"lblField(7)"_s)->text(), u"Chosen"_s);
     }
 
-    // A list left for another control goes away and puts nothing on the button.
+    // A list left for another control, even one that takes no focus, goes away and puts nothing on the button.
+    void listClosesWhenLeft_data()
+    {
+        QTest::addColumn<QString>("clicked");
+        QTest::newRow("a box") << u"txtField(5)"_s;
+        QTest::newRow("a caption") << u"lblZip"_s;
+    }
     void listClosesWhenLeft()
     {
+        QFETCH(QString, clicked);
         MainWindow& w = m->start();
         w.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&w));
         auto list = m->widget<QListWidget>(u"lstServices(1)"_s);
-        QTest::mouseClick(m->widget<QToolButton>(u"chkdropdown(1)"_s), Qt::LeftButton);
+        auto arrow = m->widget<QToolButton>(u"chkdropdown(1)"_s);
+        QTest::mouseClick(arrow, Qt::LeftButton);
         QTRY_VERIFY(list->hasFocus());
-        QTest::mouseClick(m->box(5), Qt::LeftButton);
+        QVERIFY(arrow->isChecked());
+        QTest::mouseClick(m->widget(clicked), Qt::LeftButton);
         QTRY_VERIFY(!list->isVisible());
+        QVERIFY(!arrow->isChecked());
         QCOMPARE(GetKeyValue(u"Buttons"_s, u"2"_s, {}, {}, {}, SettingsFilePath()), test::kShippedButtons[1]);
         QVERIFY(m->serviceButton(0)->isChecked());
+    }
+
+    // The phone list shows the phone the rows read: Business's own phone until another one is picked.
+    void phoneListShowsThePhoneUsed()
+    {
+        m->start();
+        m->press(2); // Area code lookup: phone-based, the area code and exchange in rows 7 and 8
+        auto phones = m->widget<QComboBox>(u"cboPhone"_s);
+        QVERIFY(phones->isVisible());
+        QCOMPARE(phones->currentData().toInt(), 35);
+        QCOMPARE(m->boxes().mid(7, 2), QStringList({u"514"_s, u"555"_s}));
+        const int home = phones->findData(37);
+        phones->setCurrentIndex(home);
+        emit phones->activated(home);
+        QCOMPARE(m->boxes().mid(7, 2), QStringList({u"450"_s, u"555"_s}));
+    }
+
+    // With Custom restored at start-up, the phone rows read the phone the list shows, not a default of their own.
+    void startupCustomReadsTheListedPhone()
+    {
+        SaveSetting(u"Option"_s, u"2"_s);
+        SaveSetting(u"Pressed"_s, u"2"_s);
+        m->start();
+        auto phones = m->widget<QComboBox>(u"cboPhone"_s);
+        QCOMPARE(phones->currentData().toInt(), 37);
+        QCOMPARE(m->box(7)->text(), u"450"_s);
     }
 
     // Each service comes back with the address option last chosen for it.
