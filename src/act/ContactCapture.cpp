@@ -5,19 +5,9 @@
 #include "common/ErrorTrap.h"
 #include "common/VbRuntime.h"
 #include "request/TextTransforms.h"
-#include "services/IniLib.h"
 #include "services/ServiceDefinition.h"
 
 namespace corvalent {
-
-namespace {
-
-QString serviceKey(const QString& serviceFile, const QString& key, const QString& defaultValue = QString())
-{
-    return GetKeyValue(kServiceSection, key, defaultValue, QString(), QString(), serviceFile);
-}
-
-} // namespace
 
 ContactCapture::ContactCapture(ActSession& session, ContactForm& form)
     : m_session(session), m_form(form)
@@ -38,7 +28,7 @@ bool ContactCapture::Get_Contact(bool NoDisplay)
             }
         }
 
-        const int base = CInt(serviceKey(m_serviceFile, QStringLiteral("Base"), QStringLiteral("0")));
+        const int base = CInt(ServiceSetting(m_serviceFile, QStringLiteral("Base"), QStringLiteral("0")));
 
         const bool contactView = m_session.activeViewType() == ActSession::kActiveContactView;
         if (contactView) {
@@ -52,7 +42,7 @@ bool ContactCapture::Get_Contact(bool NoDisplay)
 
         for (int i = 0; i < kFieldRows; ++i) {
             const size_t s = size_t(i);
-            const QString code = serviceKey(m_serviceFile, QStringLiteral("F%1").arg(i));
+            const QString code = ServiceSetting(m_serviceFile, QStringLiteral("F%1").arg(i));
             const QString barred = QLatin1Char('|') + code + QLatin1Char('|');
             m_form.setGrabEnabled(i, !contactView || !kNoGrabInContactView.contains(barred));
 
@@ -81,9 +71,9 @@ bool ContactCapture::Get_Contact(bool NoDisplay)
 void ContactCapture::forgetChoiceRows()
 {
     static const QString steered = QStringLiteral("|777|778|779|888|");
-    const bool addressBased = Val(serviceKey(m_serviceFile, QStringLiteral("Base"), QStringLiteral("0"))) == 0;
+    const bool addressBased = Val(ServiceSetting(m_serviceFile, QStringLiteral("Base"), QStringLiteral("0"))) == 0;
     for (int i = 0; i < kFieldRows; ++i) {
-        const QString code = serviceKey(m_serviceFile, QStringLiteral("F%1").arg(i));
+        const QString code = ServiceSetting(m_serviceFile, QStringLiteral("F%1").arg(i));
         if (steered.contains(QLatin1Char('|') + code + QLatin1Char('|')) || (addressBased && i >= 2 && i <= 6))
             FieldCodes[size_t(i)].clear();
     }

@@ -42,8 +42,7 @@ qint32 GetAddressField(const ContactForm& form, const QString& serviceFile)
         if (form.addressOption() == ContactForm::Home)
             result = ContactFieldId::HomeAddress1;
         if (form.addressOption() == ContactForm::Custom) {
-            const QString f2 = GetKeyValue(kServiceSection, QStringLiteral("F2"), QStringLiteral("27"), QString(),
-                                           QString(), serviceFile);
+            const QString f2 = ServiceSetting(serviceFile, QStringLiteral("F2"), QStringLiteral("27"));
             if (IsNumeric(f2))
                 result = CLng(f2);
         }

@@ -3,6 +3,7 @@
 #include "act/FieldDerivations.h"
 #include "act/PhoneList.h"
 #include "app/ColourScheme.h"
+#include "app/ControlName.h"
 #include "app/ServicesPanel.h"
 #include "common/ErrorTrap.h"
 #include "common/Launcher.h"
@@ -12,7 +13,6 @@
 #include "common/VbRuntime.h"
 #include "prefs/Preferences.h"
 #include "request/Go.h"
-#include "services/IniLib.h"
 #include "services/ServiceCatalogue.h"
 #include "services/ServiceDefinition.h"
 
@@ -35,11 +35,6 @@
 namespace corvalent {
 
 namespace {
-
-QString indexed(const char* name, int index)
-{
-    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
-}
 
 // The captions of the fixed rows, and the names of their labels.
 struct FixedRow {
@@ -68,10 +63,6 @@ void keepPlaceWhenHidden(QWidget* widget)
     widget->setSizePolicy(policy);
 }
 
-QString settingOf(const QString& serviceFile, const QString& key, const QString& defaultValue = QString())
-{
-    return GetKeyValue(kServiceSection, key, defaultValue, QString(), QString(), serviceFile);
-}
 
 // A numeric preference within [low, high]; `fallback` otherwise.
 int storedChoice(const QString& key, int low, int high, int fallback)
@@ -129,7 +120,7 @@ void MainWindow::buildWindow()
             label->setObjectName(QString::fromLatin1(kFixedRows[size_t(i)].label));
         } else {
             label = new QLabel(QStringLiteral("Custom%1").arg(i - 6), contact);
-            label->setObjectName(indexed("lblField", i));
+            label->setObjectName(ControlName("lblField", i));
             m_freeLabels[size_t(i - kFirstFreeRow)] = label;
         }
         markForScheme(label);
@@ -138,14 +129,14 @@ void MainWindow::buildWindow()
         label->setFixedWidth(label->fontMetrics().averageCharWidth() * 11);
 
         auto field = new QLineEdit(contact);
-        field->setObjectName(indexed("txtField", i));
+        field->setObjectName(ControlName("txtField", i));
         field->setMinimumWidth(field->fontMetrics().averageCharWidth() * 30);
         markForScheme(field);
         field->installEventFilter(this);
         label->setBuddy(field);
 
         auto grab = new QPushButton(tr("Grab"), contact);
-        grab->setObjectName(indexed("cmdGrab", i));
+        grab->setObjectName(ControlName("cmdGrab", i));
         grab->setToolTip(tr("Put the text selected in the browser into this box"));
         grab->setAutoDefault(false);
 
@@ -165,7 +156,7 @@ void MainWindow::buildWindow()
     const std::array<QString, 3> optionCaptions{tr("Business"), tr("Home"), tr("Custom")};
     for (int i = 0; i < 3; ++i) {
         auto option = new QRadioButton(optionCaptions[size_t(i)], m_optionRow);
-        option->setObjectName(indexed("optOption", i));
+        option->setObjectName(ControlName("optOption", i));
         m_optionGroup->addButton(option, i);
         options->addWidget(option);
         m_options[size_t(i)] = option;
@@ -457,7 +448,7 @@ void MainWindow::onServiceSelected()
 
 void MainWindow::layOutForService()
 {
-    Resize_Form(int(Val(settingOf(currentServiceFile(), QStringLiteral("Base"), QStringLiteral("0")))));
+    Resize_Form(int(Val(ServiceSetting(currentServiceFile(), QStringLiteral("Base"), QStringLiteral("0")))));
 }
 
 void MainWindow::Resize_Form(int Base)
@@ -465,7 +456,7 @@ void MainWindow::Resize_Form(int Base)
     trappedSub(QStringLiteral("frmMain: Sub Resize_Form"), [&] {
         bool phoneRow = false;
         for (int row = 0; row < kFieldRows; ++row)
-            phoneRow = phoneRow || settingOf(currentServiceFile(), QStringLiteral("F%1").arg(row)) == QLatin1String("888");
+            phoneRow = phoneRow || ServiceSetting(currentServiceFile(), QStringLiteral("F%1").arg(row)) == QLatin1String("888");
         m_optionRow->setVisible(Base == ServiceBase::Address);
         m_phoneRow->setVisible(Base == ServiceBase::Phone || phoneRow);
     });
@@ -476,7 +467,7 @@ void MainWindow::Refresh_Labels()
     trappedSub(QStringLiteral("frmMain: Sub Refresh_Labels"), [&] {
         m_panel->refreshCaptions();
         for (int row = kFirstFreeRow; row < ContactForm::kSlots; ++row) {
-            m_freeLabels[size_t(row - kFirstFreeRow)]->setText(settingOf(
+            m_freeLabels[size_t(row - kFirstFreeRow)]->setText(ServiceSetting(
                 currentServiceFile(), QStringLiteral("L%1").arg(row), QStringLiteral("Custom%1").arg(row - 6)));
         }
         m_form.setAddressOption(

@@ -1,5 +1,6 @@
 #include "app/ServicesPanel.h"
 
+#include "app/ControlName.h"
 #include "common/ErrorTrap.h"
 #include "common/ProgramFolder.h"
 #include "common/VbRuntime.h"
@@ -23,11 +24,6 @@
 namespace corvalent {
 
 namespace {
-
-QString indexed(const char* name, int index)
-{
-    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
-}
 
 // A service name may hold "&", which a button would take for a mnemonic.
 QString shownOnButton(const QString& caption)
@@ -53,7 +49,7 @@ ServicesPanel::ServicesPanel(bool& filling, QWidget* listParent, QWidget* parent
     grid->setVerticalSpacing(4);
     for (int i = 0; i < kButtons; ++i) {
         auto button = new QPushButton(QStringLiteral("Presets"), this);
-        button->setObjectName(indexed("chkServices", i));
+        button->setObjectName(ControlName("chkServices", i));
         button->setCheckable(true);
         button->setProperty("caption", QStringLiteral("Presets"));
         button->setMinimumWidth(button->fontMetrics().averageCharWidth() * kCaptionLength);
@@ -62,7 +58,7 @@ ServicesPanel::ServicesPanel(bool& filling, QWidget* listParent, QWidget* parent
         connect(button, &QPushButton::clicked, this, [this, i] { chkServices_Click(i); });
 
         auto arrow = new QToolButton(this);
-        arrow->setObjectName(indexed("chkdropdown", i));
+        arrow->setObjectName(ControlName("chkdropdown", i));
         arrow->setArrowType(Qt::DownArrow);
         // Checked while its list is open. A click would toggle it on release, after the press opened the list.
         arrow->setCheckable(true);
@@ -73,7 +69,7 @@ ServicesPanel::ServicesPanel(bool& filling, QWidget* listParent, QWidget* parent
         connect(arrow, &QToolButton::pressed, this, [this, i] { chkdropdown_MouseDown(i); });
 
         auto list = new QListWidget(listParent);
-        list->setObjectName(indexed("lstServices", i));
+        list->setObjectName(ControlName("lstServices", i));
         list->hide();
         list->installEventFilter(this);
         connect(list, &QListWidget::itemClicked, this, [this, i] { lstServices_Click(i); });
@@ -110,8 +106,7 @@ QString ServicesPanel::ButtonServiceFile(int index)
 
 QString ServicesPanel::ButtonCaption(int index)
 {
-    const QString name = GetKeyValue(kServiceSection, QStringLiteral("Name"), QString(), QString(), QString(),
-                                     ButtonServiceFile(index));
+    const QString name = ServiceSetting(ButtonServiceFile(index), QStringLiteral("Name"));
     return DisplayName(name).left(kCaptionLength);
 }
 
@@ -210,8 +205,7 @@ void ServicesPanel::lstServices_GotFocus(int Index)
         QListWidget* list = m_lists.at(size_t(Index));
         QScopedValueRollback<bool> filling(m_filling, true);
         list->clear();
-        const QString current = DisplayName(GetKeyValue(kServiceSection, QStringLiteral("Name"), QString(),
-                                                        QString(), QString(), m_serviceFile));
+        const QString current = DisplayName(ServiceSetting(m_serviceFile, QStringLiteral("Name")));
         list->addItems(ServiceListEntries(PresetsDir(), false));
         const QList<QListWidgetItem*> found = list->findItems(current, Qt::MatchExactly);
         // Nothing is chosen when the current service is not listed, so that Enter cannot put another one on the

@@ -13,8 +13,7 @@ QString Get_Country(const QString& Country, const QString& CountryFilePath, cons
         QString code = GetKeyValue(QStringLiteral("Countries"), Country, QString(), QString(), QString(),
                                    CountryFilePath);
         if (code.isEmpty())
-            code = GetKeyValue(kServiceSection, QStringLiteral("DefaultCountry"), QStringLiteral("US"), QString(),
-                               QString(), ServiceFile);
+            code = ServiceSetting(ServiceFile, QStringLiteral("DefaultCountry"), QStringLiteral("US"));
         if (code.isEmpty())
             code = GetSetting(QStringLiteral("Country"), QString());
         return code;

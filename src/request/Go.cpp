@@ -7,7 +7,7 @@
 #include "request/PostPage.h"
 #include "request/PostalLookup.h"
 #include "request/RequestBuilder.h"
-#include "services/IniLib.h"
+#include "services/ServiceDefinition.h"
 #include "services/ServiceCatalogue.h"
 
 namespace corvalent {
@@ -15,7 +15,7 @@ namespace corvalent {
 GoPlan PlanGo(const QString& serviceFile, const FieldTexts& fields)
 {
     GoPlan plan;
-    const QString url = GetKeyValue(kServiceSection, QStringLiteral("URL"), QString(), QString(), QString(), serviceFile);
+    const QString url = ServiceSetting(serviceFile, QStringLiteral("URL"));
     if (IsPostalLookup(url)) {
         plan.kind = GoPlan::Kind::Post;
         return plan;

@@ -3,24 +3,15 @@
 #include "common/ProgramFolder.h"
 #include "request/CountryMapping.h"
 #include "request/TextTransforms.h"
-#include "services/IniLib.h"
 #include "services/ServiceCatalogue.h"
+#include "services/ServiceDefinition.h"
 
 namespace corvalent {
-
-namespace {
-
-QString readService(const QString& serviceFile, const QString& key)
-{
-    return GetKeyValue(kServiceSection, key, QString(), QString(), QString(), serviceFile);
-}
-
-} // namespace
 
 CountryFileResolution ResolveCountryFile(const QString& serviceFile)
 {
     CountryFileResolution r;
-    r.value = readService(serviceFile, QStringLiteral("CountryFile"));
+    r.value = ServiceSetting(serviceFile, QStringLiteral("CountryFile"));
     if (!r.value.isEmpty()) {
         r.fullPath = ProgramFolder::join(ProgramFolder::path(), r.value);
         r.exists = FolderFileExists(r.fullPath);
@@ -30,7 +21,7 @@ CountryFileResolution ResolveCountryFile(const QString& serviceFile)
 
 std::optional<QString> RequestVariable(const QString& serviceFile, int row)
 {
-    QString name = readService(serviceFile, QStringLiteral("V%1").arg(row));
+    QString name = ServiceSetting(serviceFile, QStringLiteral("V%1").arg(row));
     if (name.isEmpty())
         return std::nullopt;
     if (name.startsWith(QLatin1Char('&')))
@@ -40,7 +31,7 @@ std::optional<QString> RequestVariable(const QString& serviceFile, int row)
 
 QString BuildRequest(const QString& serviceFile, const FieldTexts& fields, const QString& countryFilePath)
 {
-    QString request = readService(serviceFile, QStringLiteral("URL"));
+    QString request = ServiceSetting(serviceFile, QStringLiteral("URL"));
     if (!request.startsWith(QLatin1String("http://"), Qt::CaseInsensitive))
         request.prepend(QLatin1String("http://"));
 

@@ -14,11 +14,6 @@ namespace corvalent {
 
 namespace {
 
-QString readService(const QString& serviceFile, const QString& key, const QString& fallback = QString())
-{
-    return GetKeyValue(kServiceSection, key, fallback, QString(), QString(), serviceFile);
-}
-
 QString afterBracket(const QString& text)
 {
     const qsizetype bracket = text.indexOf(QLatin1Char(']'));
@@ -61,9 +56,9 @@ QString Custom_Phone(const QString& Phone, int Row, const QString& ServiceFile)
     return trapped(QStringLiteral("frmMain: Function Custom_Phone"), QString(), [&] {
         if (Phone.isEmpty())
             return QString();
-        const QString format = readService(ServiceFile, QStringLiteral("PhFormat%1").arg(Row));
+        const QString format = ServiceSetting(ServiceFile, QStringLiteral("PhFormat%1").arg(Row));
         const QString number = afterBracket(Phone);
-        if (CLng(readService(ServiceFile, QStringLiteral("Base"), QStringLiteral("0"))) != 1)
+        if (CLng(ServiceSetting(ServiceFile, QStringLiteral("Base"), QStringLiteral("0"))) != 1)
             return number;
 
         QString digits;
@@ -115,7 +110,7 @@ QString Remove_Home_Number(const QString& Street, const QString& ServiceFile)
             throw Error(ErrorNumber::InvalidArgument);
         street = street.mid(start);
 
-        if (IsPostalLookup(readService(ServiceFile, QStringLiteral("URL"))))
+        if (IsPostalLookup(ServiceSetting(ServiceFile, QStringLiteral("URL"))))
             street = NormaliseStreetType(street);
         return street;
     });

@@ -14,11 +14,6 @@ namespace corvalent {
 
 namespace {
 
-QString read(const QString& path, const QString& key, const QString& fallback = QString())
-{
-    return GetKeyValue(kServiceSection, key, fallback, QString(), QString(), path);
-}
-
 bool writeKeys(const QString& path, const ServiceDefinition& s)
 {
     bool ok = true;
@@ -45,6 +40,11 @@ bool writeKeys(const QString& path, const ServiceDefinition& s)
 
 } // namespace
 
+QString ServiceSetting(const QString& serviceFile, const QString& key, const QString& fallback)
+{
+    return GetKeyValue(kServiceSection, key, fallback, QString(), QString(), serviceFile);
+}
+
 QString StoredName(const QString& displayName)
 {
     return QString(displayName).replace(QLatin1Char('.'), QLatin1Char('~'));
@@ -63,19 +63,19 @@ QString ServiceFilePath(const QString& presetsFolder, const QString& displayName
 ServiceDefinition ReadServiceDefinition(const QString& path)
 {
     ServiceDefinition s;
-    s.name = DisplayName(read(path, QStringLiteral("Name")));
-    s.url = read(path, QStringLiteral("URL"));
-    const QString base = read(path, QStringLiteral("Base"));
+    s.name = DisplayName(ServiceSetting(path, QStringLiteral("Name")));
+    s.url = ServiceSetting(path, QStringLiteral("URL"));
+    const QString base = ServiceSetting(path, QStringLiteral("Base"));
     s.base = IsNumeric(base) ? int(Val(base)) : ServiceBase::None;
-    s.countryFile = read(path, QStringLiteral("CountryFile"));
-    s.defaultCountry = read(path, QStringLiteral("DefaultCountry"), QStringLiteral("US"));
+    s.countryFile = ServiceSetting(path, QStringLiteral("CountryFile"));
+    s.defaultCountry = ServiceSetting(path, QStringLiteral("DefaultCountry"), QStringLiteral("US"));
     for (int row = 0; row < kFieldRows; ++row) {
-        s.fields[row] = int(Val(read(path, QStringLiteral("F%1").arg(row), QStringLiteral("0"))));
-        s.phoneFormats[row] = read(path, QStringLiteral("PhFormat%1").arg(row));
-        s.variables[row] = read(path, QStringLiteral("V%1").arg(row));
+        s.fields[row] = int(Val(ServiceSetting(path, QStringLiteral("F%1").arg(row), QStringLiteral("0"))));
+        s.phoneFormats[row] = ServiceSetting(path, QStringLiteral("PhFormat%1").arg(row));
+        s.variables[row] = ServiceSetting(path, QStringLiteral("V%1").arg(row));
     }
     for (int i = 0; i < kCustomRows; ++i)
-        s.labels[i] = read(path, QStringLiteral("L%1").arg(i + 7));
+        s.labels[i] = ServiceSetting(path, QStringLiteral("L%1").arg(i + 7));
     return s;
 }
 
@@ -95,7 +95,7 @@ bool WriteNewService(const QString& path, const ServiceDefinition& service)
 
 bool SaveEditedService(QString& path, const ServiceDefinition& service, std::source_location at)
 {
-    const QString oldName = read(path, QStringLiteral("Name"));
+    const QString oldName = ServiceSetting(path, QStringLiteral("Name"));
     const QString newName = StoredName(service.name);
     if (!oldName.isEmpty() && oldName != newName) {
         // The new file name is the old one with the old name replaced by the new: only the file's own name is

@@ -31,6 +31,9 @@ inline const QString kServiceSection = QStringLiteral("Settings");
 
 // Service names may hold "."; file names and the Name key hold "~" in their place, because the first "." of a
 // file name would be taken for the start of its extension.
+// One key of a service file's "Settings" section, with the caller's default for a missing or empty key.
+QString ServiceSetting(const QString& serviceFile, const QString& key, const QString& fallback = QString());
+
 QString StoredName(const QString& displayName);
 QString DisplayName(const QString& storedName);
 QString ServiceFilePath(const QString& presetsFolder, const QString& displayName);
