@@ -31,6 +31,11 @@ QVariant ApplicationObject::invoke(const QString& member, const QVariantList& ar
         host().command(toInt16(args, 0, member));
         return QVariant();
     }
+    if (isMember(member, QLatin1String("LockWindowUpdate")) || isMember(member, QLatin1String("UnlockWindowUpdate"))) {
+        requireCount(args, 0, member);
+        host().lockWindowUpdate(isMember(member, QLatin1String("LockWindowUpdate")));
+        return QVariant();
+    }
     if (isMember(member, QLatin1String("GetUserID"))) {
         requireCount(args, 0, member);
         return QString::number(openHost().store().myRecordId());

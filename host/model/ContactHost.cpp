@@ -6,6 +6,7 @@
 #include "model/DatabaseObject.h"
 #include "model/EventControlObject.h"
 
+#include <QTimer>
 #include <memory>
 
 namespace corvalent::host {
@@ -15,6 +16,7 @@ struct ContactHost::Impl {
     QVector<qint64> lookup;
     int row = -1;
     View view = View::Contact;
+    QTimer updateLock;
 
     void requireOpen() const
     {
@@ -30,7 +32,13 @@ struct ContactHost::Impl {
     }
 };
 
-ContactHost::ContactHost(QObject* parent) : QObject(parent), d(std::make_unique<Impl>()) {}
+ContactHost::ContactHost(QObject* parent) : QObject(parent), d(std::make_unique<Impl>())
+{
+    // A client that locks the window and then dies or forgets must not leave it frozen for good.
+    d->updateLock.setSingleShot(true);
+    d->updateLock.setInterval(kMaxUpdateLockMs);
+    connect(&d->updateLock, &QTimer::timeout, this, [this] { emit windowUpdateLocked(false); });
+}
 
 ContactHost::~ContactHost() = default;
 
@@ -205,6 +213,22 @@ void ContactHost::setActiveView(View view)
         return;
     d->view = view;
     emit activeViewChanged(view);
+}
+
+void ContactHost::lockWindowUpdate(bool locked)
+{
+    if (locked == d->updateLock.isActive())
+        return;
+    if (locked)
+        d->updateLock.start();
+    else
+        d->updateLock.stop();
+    emit windowUpdateLocked(locked);
+}
+
+bool ContactHost::isWindowUpdateLocked() const
+{
+    return d->updateLock.isActive();
 }
 
 void ContactHost::command(int number)

@@ -56,6 +56,11 @@ public:
     View activeView() const;
     void setActiveView(View view);
 
+    // A client writing several fields stops the window repainting until it is done, for at most kMaxUpdateLockMs.
+    static constexpr int kMaxUpdateLockMs = 5000;
+    void lockWindowUpdate(bool locked);
+    bool isWindowUpdateLocked() const;
+
     // Command numbers of the application object: 104 refreshes the views, 150 closes the program.
     void command(int number);
 
@@ -76,6 +81,7 @@ signals:
     void refreshRequested();     // Command(104)
     void closeRequested();       // Command(150)
     void activeViewChanged(View view);
+    void windowUpdateLocked(bool locked);
     void databaseOpened(const QString& path);
 
 private:

@@ -23,6 +23,7 @@
 #include <QStyle>
 #include <QTableView>
 #include <QToolBar>
+#include <utility>
 
 namespace corvalent::host {
 
@@ -58,6 +59,9 @@ struct ContactsWindow::Impl {
     QAction* viewList = nullptr;
     QList<QAction*> needDatabase;
     QMenu* toolsMenu = nullptr;
+    // While a client writes several fields the window shows nothing new, then catches up once.
+    bool frozen = false;
+    bool stale = false;
     QToolBar* commandBar = nullptr;
     // Owns the actions of the auxiliary commands shown now; replaced whole when they are rebuilt.
     QObject* auxActions = nullptr;
@@ -388,18 +392,37 @@ ContactsWindow::ContactsWindow(ContactHost& host, QWidget* parent)
     d->buildPages();
     d->buildMenus();
 
-    connect(&host, &ContactHost::OnContactPosChange, this, [this] { d->showContact(); });
+    // Each of these catches up later, in one go, while a client holds the window still.
+    auto unlessFrozen = [this](auto show) {
+        return [this, show](auto&&...) {
+            if (d->frozen)
+                d->stale = true;
+            else
+                show();
+        };
+    };
+    connect(&host, &ContactHost::OnContactPosChange, this, unlessFrozen([this] { d->showContact(); }));
     connect(&host, &ContactHost::OnContactChange, this, [this](const QString& contactId) {
+        if (d->frozen) {
+            d->stale = true;
+            return;
+        }
         d->listModel->contactChanged(contactId.toLongLong());
         d->showContact();
     });
-    connect(&host, &ContactHost::OnContactLookupChange, this, [this] {
+    connect(&host, &ContactHost::OnContactLookupChange, this, unlessFrozen([this] {
         d->listModel->reload();
         d->showContact();
-    });
+    }));
     connect(&host, &ContactHost::databaseOpened, this, [this] { d->showDatabase(); });
     connect(&host, &ContactHost::OnDatabaseClose, this, [this] { d->showDatabase(); });
-    connect(&host, &ContactHost::refreshRequested, this, [this] { d->showDatabase(); });
+    connect(&host, &ContactHost::refreshRequested, this, unlessFrozen([this] { d->showDatabase(); }));
+    connect(&host, &ContactHost::windowUpdateLocked, this, [this](bool locked) {
+        d->frozen = locked;
+        setUpdatesEnabled(!locked);
+        if (!locked && std::exchange(d->stale, false))
+            d->showDatabase();
+    });
     connect(&host, &ContactHost::activeViewChanged, this, [this] { d->showView(); });
     connect(&host, &ContactHost::closeRequested, this, &QWidget::close);
 

@@ -110,6 +110,16 @@ void ActSession::command(qint16 number, std::source_location at)
     call(m_app, QStringLiteral("Command"), {QVariant::fromValue(number)}, at);
 }
 
+void ActSession::lockWindowUpdate(bool locked, std::source_location at)
+{
+    try {
+        call(m_app, locked ? QStringLiteral("LockWindowUpdate") : QStringLiteral("UnlockWindowUpdate"), {}, at);
+    } catch (const Error& e) {
+        if (e.number() != ErrorNumber::MemberNotSupported)
+            throw;
+    }
+}
+
 QString ActSession::getUserId(std::source_location at)
 {
     return asText(call(m_app, QStringLiteral("GetUserID"), {}, at), at);

@@ -66,6 +66,9 @@ public:
     QString getOpenDbName(std::source_location at = std::source_location::current());
     void command(qint16 number, std::source_location at = std::source_location::current());
     QString getUserId(std::source_location at = std::source_location::current());
+    // Stops (or lets again) the contact manager's window repainting while several fields are written, so that it
+    // repaints once at the end. A contact manager without the members is left to repaint as it likes.
+    void lockWindowUpdate(bool locked, std::source_location at = std::source_location::current());
 
     // Views: the Type of the active view, a new view object ("CV") of a type, a list view's grid, a grid's row.
     qint32 activeViewType(std::source_location at = std::source_location::current());
