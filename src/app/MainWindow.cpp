@@ -11,6 +11,11 @@
 #include "common/ProgramTitle.h"
 #include "common/Prompter.h"
 #include "common/VbRuntime.h"
+#include "grab/AddressRecognition.h"
+#include "grab/DesktopFactory.h"
+#include "grab/SelectionOnlyDesktop.h"
+#include "grab/SmartParserWindow.h"
+#include "request/TextTransforms.h"
 #include "prefs/Preferences.h"
 #include "request/Go.h"
 #include "services/ServiceCatalogue.h"
@@ -27,7 +32,10 @@
 #include <QMenuBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QKeyEvent>
 #include <QScopedValueRollback>
+#include <QShortcut>
+#include <QStatusBar>
 #include <QSignalBlocker>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -80,7 +88,8 @@ MainWindow::MainWindow(AutomationBackend& backend, QWidget* parent)
     : QMainWindow(parent),
       m_backend(backend),
       m_capture(m_session, m_form),
-      m_follower(m_session, m_capture)
+      m_follower(m_session, m_capture),
+      m_updater(m_session, m_form, m_capture, m_follower.AddingContact)
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QString::fromLatin1(kProgramTitle));
@@ -88,12 +97,18 @@ MainWindow::MainWindow(AutomationBackend& backend, QWidget* parent)
     buildWindow();
     buildMenus();
     bindForm();
+    bindGrab();
 
     connect(&m_follower, &HostFollower::captured, this, &MainWindow::reloadPhones);
     connect(&m_follower, &HostFollower::unloadRequested, this, &MainWindow::close);
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow()
+{
+    // The collector is a child window and outlives this object's members by a moment: it must not report back.
+    if (m_smartParser)
+        m_smartParser->disconnect(this);
+}
 
 void MainWindow::buildWindow()
 {
@@ -108,6 +123,9 @@ void MainWindow::buildWindow()
     connect(m_panel, &ServicesPanel::serviceSelected, this, &MainWindow::onServiceSelected);
 
     auto contact = new QFrame(central);
+    m_contactFrame = contact;
+    central->installEventFilter(this);
+    contact->installEventFilter(this);
     contact->setObjectName(QStringLiteral("fraContactInformation"));
     contact->setFrameShape(QFrame::StyledPanel);
     markForScheme(contact);
@@ -137,8 +155,19 @@ void MainWindow::buildWindow()
 
         auto grab = new QPushButton(tr("Grab"), contact);
         grab->setObjectName(ControlName("cmdGrab", i));
-        grab->setToolTip(tr("Put the text selected in the browser into this box"));
+        // Ctrl+1 to Ctrl+9 for the first nine boxes, Ctrl+0 for the tenth, as the digits lie on the keyboard. They
+        // work from the Smart Data Collector too, which hands its lines to these buttons.
+        const QKeySequence key(Qt::CTRL | Qt::Key(Qt::Key_0 + (i + 1) % 10));
+        grab->setToolTip(tr("Put the text selected in the browser into this box (%1)")
+                             .arg(key.toString(QKeySequence::NativeText)));
         grab->setAutoDefault(false);
+        auto shortcut = new QShortcut(key, this);
+        shortcut->setContext(Qt::ApplicationShortcut);
+        connect(shortcut, &QShortcut::activated, grab, [grab] {
+            if (grab->isEnabled())
+                grab->click();
+        });
+        connect(grab, &QPushButton::clicked, this, [this, i] { cmdGrab_Click(i); });
 
         rows->addWidget(label, i, 0);
         rows->addWidget(field, i, 1);
@@ -186,15 +215,18 @@ void MainWindow::buildWindow()
     column->addWidget(m_keepOpen);
 
     auto buttons = new QHBoxLayout;
-    auto update = new QPushButton(tr("Update Contact"), central);
+    auto update = new QPushButton(tr("&Update Contact"), central);
     update->setObjectName(QStringLiteral("cmdUpdateACT"));
     update->setToolTip(tr("Write the ten boxes into the current contact"));
-    auto add = new QPushButton(tr("New Contact"), central);
+    update->setAutoDefault(false);
+    connect(update, &QPushButton::clicked, this, &MainWindow::cmdUpdateACT_Click);
+    auto add = new QPushButton(tr("&New Contact"), central);
     add->setObjectName(QStringLiteral("cmdNewContact"));
-    add->setToolTip(tr("Make a new contact of the ten boxes"));
-    // Writing back into the contact manager is not there yet.
-    update->setEnabled(false);
-    add->setEnabled(false);
+    add->setToolTip(tr("Make a new contact of the boxes whose Grab button is enabled"));
+    add->setAutoDefault(false);
+    connect(add, &QPushButton::clicked, this, &MainWindow::cmdNewContact_Click);
+    m_update = update;
+    m_newContact = add;
     m_go = new QPushButton(tr("GO"), central);
     m_go->setObjectName(QStringLiteral("cmdGO"));
     m_go->setToolTip(tr("Open the selected service in the browser for this contact"));
@@ -206,6 +238,8 @@ void MainWindow::buildWindow()
     buttons->addWidget(m_go);
     column->addLayout(buttons);
     m_panel->setGoButton(m_go);
+    // Says what a grab brought when it is not what the user may expect (no browser, a cut text).
+    statusBar()->setSizeGripEnabled(false);
 
     // Every box sends on Enter, as GO is the window's default button.
     for (QLineEdit* field : m_fields)
@@ -230,7 +264,7 @@ void MainWindow::buildMenus()
     // The menu titles take Alt with their first letter; the items keep their captions exactly as users know them
     // and are reached in an open menu by their first letter or the arrows.
     // The windows of these items (the service editor, Manage Services, Preferences, the integration) are not
-    // there yet, and there is nothing to undo before grabbing and writing back exist.
+    // there yet.
     auto notYet = [](QAction* action) { action->setEnabled(false); };
 
     QMenu* file = addMenu("mnuServices", tr("&File"));
@@ -241,7 +275,11 @@ void MainWindow::buildMenus()
     connect(exit, &QAction::triggered, this, &MainWindow::close);
 
     QMenu* edit = addMenu("mnuEdit1", tr("&Edit"));
-    notYet(addItem(edit, "mnuUndo", QStringLiteral("Undo Update ACT!")));
+    m_undo = addItem(edit, "mnuUndo", m_updater.undoCaption());
+    m_undo->setEnabled(false);
+    m_undo->setShortcut(QKeySequence::Undo);
+    m_undo->setShortcutContext(Qt::ApplicationShortcut);
+    connect(m_undo, &QAction::triggered, this, &MainWindow::mnuUndo_Click);
     notYet(addItem(edit, "mnuEdit", QStringLiteral("Edit a Service...")));
 
     QMenu* contact = addMenu("mnuCOntact", tr("&Contact"));
@@ -378,6 +416,7 @@ bool MainWindow::Form_Load()
 
 void MainWindow::Form_Unload()
 {
+    unload_SmartParser();
     m_follower.stopFollowing();
     trappedSub(QStringLiteral("frmMain: Sub Form_Unload"), [&] {
         if (StartFailed)
@@ -569,6 +608,18 @@ void MainWindow::mnuInstructions_Click()
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event)
 {
+    // Ctrl+Z is the program's undo of the last grab or update, also in a box, which would otherwise take it for
+    // its own typing undo.
+    if (event->type() == QEvent::ShortcutOverride && qobject_cast<QLineEdit*>(watched) &&
+        static_cast<QKeyEvent*>(event)->matches(QKeySequence::Undo)) {
+        event->ignore();
+        return true;
+    }
+    // A click on the window's background hands the collector's next line on, as its Next button does.
+    if (event->type() == QEvent::MouseButtonPress && (watched == centralWidget() || watched == m_contactFrame)) {
+        if (bSmartParserOn && m_smartParser)
+            m_smartParser->collector().cmdUp_Click();
+    }
     // A box that gets the focus selects its text, so that typing replaces a captured value; after the mouse
     // press that gave the focus, which would otherwise place the cursor instead.
     if (event->type() == QEvent::FocusIn) {
@@ -576,6 +627,123 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
             QTimer::singleShot(0, field, [field] { field->selectAll(); });
     }
     return QMainWindow::eventFilter(watched, event);
+}
+
+} // namespace corvalent
+
+namespace corvalent {
+
+void MainWindow::bindGrab()
+{
+    connect(&m_updater, &ContactUpdater::undoChanged, this, [this] {
+        m_undo->setText(m_updater.undoCaption());
+        m_undo->setEnabled(m_updater.undoEnabled());
+    });
+}
+
+void MainWindow::setDesktop(std::unique_ptr<DesktopWindows> desktop)
+{
+    m_grabText.reset();
+    m_desktop = std::move(desktop);
+}
+
+DesktopWindows& MainWindow::desktop()
+{
+    if (!m_desktop)
+        m_desktop = CreateDesktopWindows();
+    return *m_desktop;
+}
+
+void MainWindow::cmdGrab_Click(int Index)
+{
+    if (m_grabbing)
+        return;
+    QScopedValueRollback<bool> grabbing(m_grabbing, true);
+    trappedSub(QStringLiteral("frmMain: Sub cmdGrab_Click"), [&] {
+        m_updater.beginGrab(Index);
+        if (bSmartParserOn && m_smartParser) {
+            const QString selected = m_smartParser->selectedText();
+            if (!selected.isEmpty()) {
+                m_updater.Update_Contact_Info(selected, Index);
+                m_smartParser->RemoveText(true);
+            } else {
+                m_updater.Update_Contact_Info(m_smartParser->currentText(), Index);
+                m_smartParser->RemoveText(false);
+            }
+        } else {
+            if (!m_grabText)
+                m_grabText = std::make_unique<GrabText>(desktop());
+            sGrabbed = m_grabText->GrabBrowserText();
+            reportGrab();
+            if (isMultiLine(sGrabbed)) {
+                openSmartParser();
+            } else {
+                sGrabbed = RemoveInvalidChar(sGrabbed, 32, QString());
+                if (!sGrabbed.isEmpty())
+                    m_updater.Update_Contact_Info(sGrabbed, Index);
+            }
+        }
+        m_updater.endGrab();
+        // The browser had the front for the copy: the window comes back on top, as it was, with the keyboard, so
+        // that the next Grab's shortcut reaches it.
+        showNormal();
+        raise();
+        if (desktop().canDriveWindows())
+            desktop().activate(WindowHandle(winId()), kReactivateMs);
+        else
+            activateWindow();
+    });
+}
+
+void MainWindow::reportGrab()
+{
+    if (!desktop().canDriveWindows() && !SelectionOnlyDesktop::hasPrimarySelection()) {
+        statusBar()->showMessage(tr("Grabbing from the browser needs an X11 session."), kStatusMs);
+    } else if (!m_grabText->lastGrabFoundBrowser()) {
+        statusBar()->showMessage(tr("No browser window was found below this window."), kStatusMs);
+    } else if (m_grabText->lastGrabWasCut()) {
+        statusBar()->showMessage(tr("Only the first %1 characters of the selection were taken.")
+                                     .arg(GrabText::kMaxGrabChars), kStatusMs);
+    } else if (sGrabbed.isEmpty()) {
+        statusBar()->showMessage(tr("Nothing is selected in the browser."), kStatusMs);
+    } else {
+        statusBar()->clearMessage();
+    }
+}
+
+void MainWindow::openSmartParser()
+{
+    auto parser = new SmartParserWindow(sGrabbed, this);
+    // Lines that clean down to nothing leave nothing to hand out: the collector has closed itself already.
+    if (parser->collector().isFinished())
+        return;
+    m_smartParser = parser;
+    connect(parser, &SmartParserWindow::unloaded, this, [this] { bSmartParserOn = false; });
+    bSmartParserOn = true;
+}
+
+void MainWindow::unload_SmartParser()
+{
+    if (bSmartParserOn && m_smartParser)
+        m_smartParser->close();
+    bSmartParserOn = false;
+}
+
+void MainWindow::cmdUpdateACT_Click()
+{
+    unload_SmartParser();
+    m_updater.cmdUpdateACT_Click();
+}
+
+void MainWindow::cmdNewContact_Click()
+{
+    unload_SmartParser();
+    m_updater.cmdNewContact_Click();
+}
+
+void MainWindow::mnuUndo_Click()
+{
+    m_updater.mnuUndo_Click();
 }
 
 } // namespace corvalent

@@ -6,9 +6,15 @@
 #include "act/ContactForm.h"
 #include "app/HostFollower.h"
 #include "app/SingleInstance.h"
+#include "grab/ContactUpdater.h"
+#include "grab/DesktopWindows.h"
+#include "grab/GrabText.h"
+#include "grab/SmartParserWindow.h"
 
 #include <QMainWindow>
+#include <QPointer>
 #include <array>
+#include <memory>
 
 class QAction;
 class QButtonGroup;
@@ -71,6 +77,22 @@ public:
     void mnuOnline_Click();
     void mnuInstructions_Click();
 
+    // Grab: the browser's selection (or, while the Smart Data Collector is open, its current line) into box Index.
+    void cmdGrab_Click(int Index);
+    void cmdUpdateACT_Click();
+    void cmdNewContact_Click();
+    void mnuUndo_Click();
+    // Closes the Smart Data Collector when it is open.
+    void unload_SmartParser();
+
+    // The text of the last grab from the browser, and whether the Smart Data Collector is open.
+    QString sGrabbed;
+    bool bSmartParserOn = false;
+    ContactUpdater& updater() { return m_updater; }
+    SmartParserWindow* smartParser() const { return m_smartParser; }
+    // Where grabs come from; by default the desktop of this session, made at the first grab.
+    void setDesktop(std::unique_ptr<DesktopWindows> desktop);
+
 signals:
     // Form_Unload has run: the state is saved (unless start-up failed) and a pending restart has begun.
     void unloaded();
@@ -92,6 +114,13 @@ private:
     QString pressedCaption() const;
     // Sets the option without it counting as a click: nothing is stored and nothing captured.
     void restoreOptionSilently(int option);
+    DesktopWindows& desktop();
+    void openSmartParser();
+    // Says in the status line what the last grab brought when that is not plain text.
+    void reportGrab();
+    static constexpr int kStatusMs = 8000;
+    static constexpr int kReactivateMs = 300;
+    void bindGrab();
 
     AutomationBackend& m_backend;
     ActSession m_session;
@@ -102,6 +131,12 @@ private:
     bool m_filling = false;
     bool m_unloaded = false;
     QString m_countryFilePath;
+    ContactUpdater m_updater;
+    std::unique_ptr<DesktopWindows> m_desktop;
+    std::unique_ptr<GrabText> m_grabText;
+    QPointer<SmartParserWindow> m_smartParser;
+    // A grab waits for the browser with the event loop running; a second press meanwhile is ignored.
+    bool m_grabbing = false;
 
     ServicesPanel* m_panel = nullptr;
     std::array<QLineEdit*, ContactForm::kSlots> m_fields{};
@@ -114,6 +149,10 @@ private:
     QComboBox* m_phones = nullptr;
     QCheckBox* m_keepOpen = nullptr;
     QPushButton* m_go = nullptr;
+    QPushButton* m_update = nullptr;
+    QPushButton* m_newContact = nullptr;
+    QAction* m_undo = nullptr;
+    QWidget* m_contactFrame = nullptr;
     QMenu* m_popup = nullptr;
 };
 

@@ -1,0 +1,242 @@
+// Grabbing into the main window's boxes, the Smart Data Collector beside it, and writing the boxes back into the
+// contact manager with undo, against the contact manager's model and a desktop of made-up windows.
+
+#include "app/WindowFixture.h"
+#include "grab/ContactUpdater.h"
+#include "grab/SmartParserWindow.h"
+#include "support/ScriptedDesktop.h"
+
+#include <QAction>
+#include <QLineEdit>
+
+using namespace corvalent;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QStringList kOriginal = test::kBoxesA;
+
+QStringList changed(QStringList boxes, const QMap<int, QString>& changes)
+{
+    for (auto it = changes.begin(); it != changes.end(); ++it)
+        boxes[it.key()] = it.value();
+    return boxes;
+}
+
+} // namespace
+
+class TestGrabWindow : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<test::WindowFixture> m;
+    test::ScriptedDesktop* m_desktop = nullptr;
+
+    MainWindow& start()
+    {
+        MainWindow& w = m->start();
+        auto desktop = std::make_unique<test::ScriptedDesktop>(
+            QList<test::ScriptedWindow>{test::ScriptedWindow::named(u"Corvalent"_s)});
+        m_desktop = desktop.get();
+        w.setDesktop(std::move(desktop));
+        return w;
+    }
+    // The user selects `text` in the browser and presses Grab beside box `slot`.
+    void grab(int slot, const QString& text)
+    {
+        // The scripted browser copies what its window holds as selection.
+        *m_desktop = test::ScriptedDesktop({test::ScriptedWindow::named(u"Corvalent"_s),
+                                            test::ScriptedWindow::named(u"Results - Mozilla Firefox"_s, text)});
+        QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(%1)"_s.arg(slot)), Qt::LeftButton);
+    }
+    QAction* undo() { return m->window().findChild<QAction*>(u"mnuUndo"_s); }
+    QString contactField(int row, int fieldId) { return m->host.host.store().fieldText(m->host.ids[row], fieldId); }
+    QStringList contactRows(qint64 id)
+    {
+        QStringList rows;
+        for (int fieldId : {26, 25, 27, 30, 31, 32, 33})
+            rows << m->host.host.store().fieldText(id, fieldId);
+        return rows;
+    }
+
+private slots:
+    void init() { m = std::make_unique<test::WindowFixture>(); }
+    void cleanup() { m.reset(); }
+
+    void grabThenUndo_data()
+    {
+        QTest::addColumn<int>("slot");
+        QTest::addColumn<QString>("selection");
+        QTest::addColumn<QString>("usAuto");
+        QTest::addColumn<QStringList>("boxes");
+        QTest::newRow("one line") << 1 << u"Acme Corporation"_s << u"1"_s
+                                  << changed(kOriginal, {{1, u"Acme Corporation"_s}});
+        QTest::newRow("controls and a trailing break dropped")
+            << 1 << u"Acme\tCorp\r\n"_s << u"1"_s << changed(kOriginal, {{1, u"AcmeCorp"_s}});
+        QTest::newRow("nothing selected") << 1 << QString() << u"1"_s << kOriginal;
+        QTest::newRow("city, state and zip into zip")
+            << 5 << u"Springfield, IL 62704"_s << u"1"_s
+            << changed(kOriginal, {{3, u"Springfield"_s}, {4, u"IL"_s}, {5, u"62704"_s}});
+        QTest::newRow("city, province and postal code into state")
+            << 4 << u"Ottawa, Ontario K1P1J1"_s << u"1"_s
+            << changed(kOriginal, {{3, u"Ottawa"_s}, {4, u"ON"_s}, {5, u"K1P 1J1"_s}});
+        QTest::newRow("recognition off") << 5 << u"Springfield, IL 62704"_s << u"0"_s
+                                         << changed(kOriginal, {{5, u"Springfield, IL 62704"_s}});
+        QTest::newRow("not an address line into zip")
+            << 5 << u"Suite 100"_s << u"1"_s << changed(kOriginal, {{5, u"Suite 100"_s}});
+        QTest::newRow("only a zip") << 5 << u"62704-1234"_s << u"1"_s << changed(kOriginal, {{5, u"62704-1234"_s}});
+    }
+    void grabThenUndo()
+    {
+        QFETCH(int, slot);
+        QFETCH(QString, selection);
+        QFETCH(QString, usAuto);
+        QFETCH(QStringList, boxes);
+        SaveSetting(u"USAuto"_s, usAuto);
+        start();
+        QVERIFY(!undo()->isEnabled());
+        grab(slot, selection);
+        QCOMPARE(m->boxes(), boxes);
+        QCOMPARE(undo()->text(), ContactUpdater::kUndoGrabCaption);
+        QVERIFY(undo()->isEnabled());
+        undo()->trigger();
+        QCOMPARE(m->boxes(), kOriginal);
+        QVERIFY(!undo()->isEnabled());
+        // A grab writes the boxes only; the contact is as it was.
+        QCOMPARE(contactRows(m->host.ids[0]), kOriginal.mid(0, 7));
+    }
+
+    void collectorHandsOutLines()
+    {
+        MainWindow& w = start();
+        grab(0, u"John Smith\n\n--- Acme Ltd\n1500 Main Street, Springfield\n"_s);
+        QVERIFY(w.bSmartParserOn);
+        QCOMPARE(m->boxes(), kOriginal); // nothing written until a line is handed out
+        auto parser = w.findChild<SmartParserWindow*>(u"frmSmartParser"_s);
+        QVERIFY(parser && parser->isVisible());
+        QCOMPARE(parser->currentText(), u"John Smith"_s);
+        // Ctrl+1 is the first box's Grab, also while the collector is open.
+        QTest::keyClick(&w, Qt::Key_1, Qt::ControlModifier);
+        QCOMPARE(m->box(0)->text(), u"John Smith"_s);
+        QCOMPARE(parser->currentText(), u"Acme Ltd"_s);
+        QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(1)"_s), Qt::LeftButton);
+        QCOMPARE(m->box(1)->text(), u"Acme Ltd"_s);
+        // Part of a line: the selection goes, the rest stays for the next box.
+        parser->findChild<QLineEdit*>(u"txtCurrent"_s)->setSelection(0, 16);
+        QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(2)"_s), Qt::LeftButton);
+        QCOMPARE(m->box(2)->text(), u"1500 Main Street"_s);
+        QCOMPARE(parser->currentText(), u"Springfield"_s);
+        QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(3)"_s), Qt::LeftButton);
+        QCOMPARE(m->boxes(), changed(kOriginal, {{0, u"John Smith"_s}, {1, u"Acme Ltd"_s},
+                                                 {2, u"1500 Main Street"_s}, {3, u"Springfield"_s}}));
+        // Nothing left: the collector is gone and Grab reads the browser again.
+        QTRY_VERIFY(!w.bSmartParserOn);
+        QTRY_VERIFY(!w.findChild<SmartParserWindow*>());
+        undo()->trigger();
+        QCOMPARE(m->box(3)->text(), kOriginal[3]);
+        QCOMPARE(m->box(2)->text(), u"1500 Main Street"_s);
+        grab(6, u"Canada"_s);
+        QCOMPARE(m->box(6)->text(), u"Canada"_s);
+    }
+
+    void updateNewContactAndUndo_data()
+    {
+        QTest::addColumn<QString>("steps"); // run in order, separated by blanks
+        QTest::addColumn<QStringList>("contactA");
+        QTest::addColumn<QStringList>("added"); // the rows of a contact added; empty when none was
+        QTest::addColumn<QString>("undoCaption"); // "" when undo is disabled
+        const QStringList typed{u"Zoë Ångström"_s, u"東京 Trading 🎉"_s, u"1 Rue Neuve"_s, u"Québec"_s, u"QC"_s,
+                                u"G1R 4S9"_s, u"Canada"_s};
+        const QStringList a = kOriginal.mid(0, 7);
+        QTest::newRow("update, answered No") << u"type update:no"_s << a << QStringList() << QString();
+        QTest::newRow("update") << u"type update:yes"_s << typed << QStringList()
+                                << ContactUpdater::kUndoUpdateCaption;
+        QTest::newRow("update undone") << u"type update:yes undo"_s << a << QStringList() << QString();
+        // The grab came last: undo takes the grab back, and the update stays.
+        QTest::newRow("update, grab, undo") << u"type update:yes grab undo"_s << typed << QStringList() << QString();
+        QTest::newRow("new contact") << u"type new"_s << a << typed << QString();
+        QTest::newRow("new contact leaves the update undoable")
+            << u"type update:yes new"_s << typed << typed << ContactUpdater::kUndoUpdateCaption;
+    }
+    void updateNewContactAndUndo()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QStringList, contactA);
+        QFETCH(QStringList, added);
+        QFETCH(QString, undoCaption);
+        MainWindow& w = start();
+        const qsizetype contacts = m->host.host.lookupIds().size();
+        const QStringList typed{u"Zoë Ångström"_s, u"東京 Trading 🎉"_s, u"1 Rue Neuve"_s, u"Québec"_s, u"QC"_s,
+                                u"G1R 4S9"_s, u"Canada"_s};
+        for (const QString& step : steps.split(u' ')) {
+            if (step == u"type") {
+                for (int slot = 0; slot < typed.size(); ++slot)
+                    w.form().setText(slot, typed[slot]); // as typed, emoji included
+            } else if (step.startsWith(u"update")) {
+                m->prompter->scriptAnswer(step.endsWith(u"yes") ? Prompter::Yes : Prompter::No);
+                QTest::mouseClick(m->widget<QPushButton>(u"cmdUpdateACT"_s), Qt::LeftButton);
+                const auto& asked = m->prompter->prompts().last();
+                QCOMPARE(asked.text, u"Are you sure you want to update ACT! current contact?"_s);
+                QCOMPARE(asked.style, 292);
+                QCOMPARE(asked.caption, u"App.title"_s);
+            } else if (step == u"new") {
+                QTest::mouseClick(m->widget<QPushButton>(u"cmdNewContact"_s), Qt::LeftButton);
+            } else if (step == u"grab") {
+                grab(1, u"Grabbed Inc"_s);
+            } else if (step == u"undo") {
+                undo()->trigger();
+            }
+            QCoreApplication::sendPostedEvents(); // the contact manager's events, as they come in between
+        }
+        QCOMPARE(contactRows(m->host.ids[0]), contactA);
+        const QVector<qint64> lookup = m->host.host.lookupIds();
+        QCOMPARE(lookup.size(), added.isEmpty() ? contacts : contacts + 1);
+        if (!added.isEmpty())
+            QCOMPARE(contactRows(lookup.last()), added);
+        QCOMPARE(undo()->isEnabled(), !undoCaption.isEmpty());
+        if (!undoCaption.isEmpty())
+            QCOMPARE(undo()->text(), undoCaption);
+        // After every write the contact manager was told to refresh, and its window is not left frozen.
+        if (steps.contains(u"yes") || steps.contains(u"new"))
+            QVERIFY(m->host.backend.calls.contains(u"Command"_s));
+        QVERIFY(!m->host.host.isWindowUpdateLocked());
+    }
+
+    void newContactWritesOnlyGrabbableRows()
+    {
+        // House number and street rows read a derived value: their Grab buttons are disabled, and a new contact
+        // leaves those fields as a new contact has them.
+        m->putOnButton(0, u"Derived"_s, u"F0=26|F1=25|F2=777|F3=778|F4=0|F5=0|F6=0|F7=30|F8=0|F9=0"_s);
+        SaveSetting(u"Pressed"_s, u"0"_s);
+        start();
+        QVERIFY(!m->widget<QPushButton>(u"cmdGrab(2)"_s)->isEnabled());
+        m->type(0, u"New Person"_s);
+        QTest::mouseClick(m->widget<QPushButton>(u"cmdNewContact"_s), Qt::LeftButton);
+        const qint64 added = m->host.host.lookupIds().last();
+        QCOMPARE(m->host.host.store().fieldText(added, 26), u"New Person"_s);
+        QCOMPARE(m->host.host.store().fieldText(added, 27), QString());
+        QCOMPARE(m->host.host.store().fieldText(added, 30), u"Montréal"_s);
+        QVERIFY(m->host.backend.calls.contains(u"LockWindowUpdate"_s));
+        QVERIFY(m->host.backend.calls.contains(u"UnlockWindowUpdate"_s));
+    }
+
+    void contactManagerGoneDuringUpdate()
+    {
+        start();
+        m->type(0, u"Written First"_s);
+        m->type(1, u"Never Written"_s);
+        m->prompter->scriptAnswer(Prompter::Yes);
+        // Enough calls for the first row (read it, find whether it is a phone, write it), then nothing answers.
+        m->host.backend.calls.clear();
+        m->host.backend.budget = 3;
+        QTest::mouseClick(m->widget<QPushButton>(u"cmdUpdateACT"_s), Qt::LeftButton);
+        QVERIFY(m->prompter->prompts().last().text.contains(u"in frmMain: Sub cmdUpdateACT_Click"_s));
+        m->host.backend.budget = -1;
+        QCOMPARE(contactField(0, 26), u"Written First"_s);
+        QCOMPARE(contactField(0, 25), kOriginal[1]);
+        // The update did not finish: undo still does what it did before.
+        QVERIFY(!undo()->isEnabled());
+    }
+};
+
+QTEST_MAIN(TestGrabWindow)
+#include "tst_grabwindow.moc"
