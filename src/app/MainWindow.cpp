@@ -617,8 +617,11 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
     }
     // A click on the window's background hands the collector's next line on, as its Next button does.
     if (event->type() == QEvent::MouseButtonPress && (watched == centralWidget() || watched == m_contactFrame)) {
-        if (bSmartParserOn && m_smartParser)
+        if (bSmartParserOn && m_smartParser) {
             m_smartParser->collector().cmdUp_Click();
+            // Taken here: the press would otherwise reach the window behind the frame and move on a second time.
+            return true;
+        }
     }
     // A box that gets the focus selects its text, so that typing replaces a captured value; after the mouse
     // press that gave the focus, which would otherwise place the cursor instead.

@@ -138,6 +138,14 @@ private slots:
         QCOMPARE(m->box(6)->text(), u"Canada"_s);
     }
 
+    void clickOnTheWindowMovesTheCollectorOn()
+    {
+        MainWindow& w = start();
+        grab(0, u"One\nTwo"_s);
+        QTest::mouseClick(m->widget<QWidget>(u"fraContactInformation"_s), Qt::LeftButton, {}, QPoint(2, 2));
+        QCOMPARE(w.smartParser()->currentText(), u"Two"_s);
+    }
+
     void updateNewContactAndUndo_data()
     {
         QTest::addColumn<QString>("steps"); // run in order, separated by blanks
