@@ -4,6 +4,8 @@
 # Builds if needed (BUILD_DIR, default build), then pictures the add-on beside the contact manager on a private X
 # server (scripts/x11-session.sh): a fresh sample database, a fresh program folder seeded by the add-on itself and
 # fresh preferences, so the picture is what a first run looks like. Nothing of the user's is read or written.
+# A second picture, OUT with "-grab" before its extension, shows a grab of several lines from Firefox ESR with the
+# Smart Data Collector open beside the add-on.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build="${BUILD_DIR:-build}"
@@ -55,12 +57,51 @@ eval "$(xdotool getwindowgeometry --shell "$contacts")"
 xdotool windowmove --sync "$addon" $((X + WIDTH + 24)) 24
 
 # Painting follows mapping: take the picture once two looks a moment apart agree.
-previous=""
-for _ in $(seq 1 50); do
-    current="$(import -window root rgb:- | md5sum)"
-    [ "$current" = "$previous" ] && break
-    previous="$current"
-    sleep 0.2
-done
-import -window root -define png:exclude-chunks=date,time "$out"
-echo "screenshot: $out"
+picture() {
+    local previous="" current
+    for _ in $(seq 1 50); do
+        current="$(import -window root rgb:- | md5sum)"
+        [ "$current" = "$previous" ] && break
+        previous="$current"
+        sleep 0.2
+    done
+    import -window root -define png:exclude-chunks=date,time "$1"
+    echo "screenshot: $1"
+}
+picture "$out"
+
+# A result page in the browser with a few lines selected, as a user leaves it before pressing Grab.
+command -v firefox-esr >/dev/null || { echo "screenshot: firefox-esr is missing, no grab picture" >&2; exit 0; }
+cat >"$work/result.html" <<'HTML'
+<!DOCTYPE html>
+<html><head><meta charset="utf-8"><title>Directory result</title>
+<style>body{font:15px sans-serif;margin:2em} #pick{background:#fff;border:1px solid #ccc;padding:1em;width:22em}</style>
+</head><body><h2>Directory result</h2><p>One listing found:</p>
+<div id="pick">Hélène Tremblay<br>Phone: (514) 555-0199<br>1234 rue Sainte-Catherine Ouest<br>Montréal (Québec) H3G 1P1</div>
+<script>window.getSelection().selectAllChildren(document.getElementById('pick'));</script>
+</body></html>
+HTML
+mkdir -p "$work/firefox"
+cat >"$work/firefox/user.js" <<'PREFS'
+user_pref("browser.shell.checkDefaultBrowser", false);
+user_pref("browser.startup.homepage_override.mstone", "ignore");
+user_pref("browser.aboutwelcome.enabled", false);
+user_pref("datareporting.policy.dataSubmissionEnabled", false);
+user_pref("toolkit.telemetry.reportingpolicy.firstRun", false);
+user_pref("browser.sessionstore.resume_from_crash", false);
+user_pref("app.update.auto", false);
+PREFS
+firefox-esr --no-remote --new-instance --profile "$work/firefox" "file://$work/result.html" >/dev/null 2>&1 &
+pids+=($!)
+browser="$(window 'Directory result')"
+[ -n "$browser" ] || { echo "screenshot: Firefox's window did not appear" >&2; exit 1; }
+xdotool windowsize --sync "$browser" 900 600
+xdotool windowmove --sync "$browser" 24 24
+# The add-on at the screen's right edge, so that the collector has room on its left, over the browser's margin.
+xdotool windowmove --sync "$addon" 1010 24
+xdotool windowactivate --sync "$addon"
+# Ctrl+1: Grab beside the first box. Several lines open the collector.
+xdotool key --clearmodifiers ctrl+1
+collector="$(window '^Smart Data Collector$')"
+[ -n "$collector" ] || { echo "screenshot: the Smart Data Collector did not appear" >&2; exit 1; }
+picture "${out%.*}-grab.${out##*.}"
