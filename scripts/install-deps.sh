@@ -8,8 +8,9 @@ packages=(
     qt6-base-dev libqt6sql6-sqlite
     libbenchmark-dev
     xdg-utils shared-mime-info desktop-file-utils
-    libxcb1-dev
+    libxcb1-dev libxcb-ewmh-dev libxcb-icccm4-dev libxcb-xtest0-dev libxcb-keysyms1-dev
     xvfb xauth openbox dbus x11-utils xdotool imagemagick
+    firefox-esr
 )
 
 missing=()

@@ -512,6 +512,10 @@ bool X11Desktop::activate(WindowHandle window, int timeoutMs)
     if (!guard.entered())
         return false;
     const auto id = xcb_window_t(window);
+    // Asking again for a window that is active already is not harmless: the program may answer it late and take
+    // the keyboard back from whoever was activated in between.
+    if (d->activeWindow() == id)
+        return true;
     const QDeadlineTimer deadline(std::max(timeoutMs, 0));
     // Source 2 says a pager asks, which is the user's own wish: window managers then skip the focus-stealing
     // prevention that would leave a request from an ordinary program unanswered.
