@@ -7,6 +7,7 @@
 #include "store/ContactStore.h"
 #include "support/BusSupport.h"
 #include "support/TestHome.h"
+#include "X11Driver.h"
 
 #include <QFile>
 #include <QProcess>
@@ -16,91 +17,8 @@
 #include <optional>
 
 using namespace corvalent;
+using namespace corvalent::test;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr int kWindowMs = 30000; // a window to appear, a program to end
-constexpr int kToolMs = 15000;   // one xdotool command
-
-// Runs xdotool and answers its output; nothing when it failed or hung.
-std::optional<QString> xdotool(const QStringList& args, bool quiet = false)
-{
-    QProcess tool;
-    tool.start(u"xdotool"_s, args);
-    if (!tool.waitForFinished(kToolMs)) {
-        tool.kill();
-        tool.waitForFinished();
-        qWarning("xdotool %s: no answer", qPrintable(args.join(u' ')));
-        return std::nullopt;
-    }
-    if (tool.exitStatus() != QProcess::NormalExit || tool.exitCode() != 0) {
-        if (!quiet)
-            qWarning("xdotool %s: %s", qPrintable(args.join(u' ')), tool.readAllStandardError().constData());
-        return std::nullopt;
-    }
-    return QString::fromUtf8(tool.readAllStandardOutput());
-}
-
-// xdotool's search for the windows on screen of the process whose title matches; --all, or any one of the
-// conditions would do.
-QStringList onScreen(const QProcess& process, const QString& titlePattern)
-{
-    return {u"search"_s, u"--all"_s, u"--onlyvisible"_s, u"--pid"_s, QString::number(process.processId()),
-            u"--name"_s, titlePattern};
-}
-
-// The first mapped window of the process whose title matches, once there is one; empty after the time-out.
-QString waitForWindow(const QProcess& process, const QString& titlePattern)
-{
-    QString window;
-    const bool ended = QTest::qWaitFor(
-        [&] {
-            if (process.state() != QProcess::Running)
-                return true;
-            window = xdotool(onScreen(process, titlePattern), true).value_or(QString()).section(u'\n', 0, 0).trimmed();
-            return !window.isEmpty();
-        },
-        kWindowMs);
-    return ended ? window : QString();
-}
-
-// The titles of the process's windows on screen, one per window: a message box shows up here.
-QStringList windowTitles(const QProcess& process)
-{
-    const QString titles =
-        xdotool(onScreen(process, u"."_s) << u"getwindowname"_s << u"%@"_s, true).value_or(QString());
-    QStringList list = titles.split(u'\n', Qt::SkipEmptyParts);
-    list.sort();
-    return list;
-}
-
-// Keys as the user types them into the window: it is activated first, so that they reach it and nothing else.
-bool type(const QString& window, const QString& keys)
-{
-    return xdotool({u"windowactivate"_s, u"--sync"_s, window, u"key"_s, u"--clearmodifiers"_s, keys}).has_value();
-}
-
-// Whether the program ended by itself; if not, why not, as far as its windows tell.
-bool endsCleanly(QProcess& process, QByteArray& why)
-{
-    if (process.waitForFinished(kWindowMs)) {
-        why = "it crashed";
-        return process.exitStatus() == QProcess::NormalExit;
-    }
-    why = "it still runs; its windows: " + windowTitles(process).join(u", "_s).toUtf8();
-    return false;
-}
-
-void stop(QProcess& process)
-{
-    if (process.state() != QProcess::NotRunning) {
-        process.kill();
-        process.waitForFinished();
-    }
-}
-
-} // namespace
 
 class TestAddonFollowsHost : public QObject {
     Q_OBJECT
