@@ -14,6 +14,7 @@
 // `corvalent-contacts --generate 1000000 FILE` to skip that). The first start seeds a fresh program folder and
 // the next one warms the caches; neither is timed. Prints median, p90 and the spread per database.
 
+#include "Percentile.h"
 #include "act/DBusBackend.h"
 #include "common/Error.h"
 #include "request/TextTransforms.h"
@@ -45,6 +46,8 @@
 using namespace corvalent;
 using namespace corvalent::dbuswire;
 
+using corvalent::bench::percentile;
+
 namespace {
 
 const char kEchoService[] = "[Settings]\nName=Echo\nURL=http://127.0.0.1/echo?\nBase=2\nF0=26\nF1=25\n"
@@ -60,12 +63,6 @@ QString program(const char* variable, const char* built)
 {
     std::fprintf(stderr, "bench_cold_start: %s\n", qPrintable(why));
     std::exit(1);
-}
-
-double percentile(std::vector<double> values, double p)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(std::min(values.size() - 1, size_t(p * double(values.size() - 1) + 0.5)));
 }
 
 template <typename T>

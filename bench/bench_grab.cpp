@@ -20,6 +20,7 @@
 // ROUNDS (default 20) per series, after two untimed ones. Every round checks what arrived; a round that brought the
 // wrong text fails the run. Prints median, p90, min and max per series.
 
+#include "Percentile.h"
 #include "BenchHome.h"
 #include "PickPage.h"
 
@@ -54,6 +55,8 @@
 using namespace corvalent;
 using namespace corvalent::test;
 
+using corvalent::bench::percentile;
+
 namespace {
 
 constexpr int kStartMs = 60000; // Firefox or the contact manager coming up
@@ -66,12 +69,6 @@ constexpr int kContactBox = 0;
 {
     std::fprintf(stderr, "bench_grab: %s\n", qPrintable(why));
     std::exit(1);
-}
-
-double percentile(std::vector<double> values, double p)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(std::min(values.size() - 1, size_t(p * double(values.size() - 1) + 0.5)));
 }
 
 void report(const char* what, const std::vector<double>& ms)

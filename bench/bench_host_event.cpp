@@ -10,6 +10,7 @@
 // DATABASE is written with --generate 1000000 into a temporary folder when not given (under a minute; pass a file
 // made once with `corvalent-contacts --generate 1000000 FILE` to skip that). Prints the median and spread.
 
+#include "Percentile.h"
 #include "act/DBusBackend.h"
 #include "common/Error.h"
 
@@ -31,6 +32,8 @@
 
 using namespace corvalent;
 using namespace corvalent::dbuswire;
+
+using corvalent::bench::percentile;
 
 namespace {
 
@@ -60,12 +63,6 @@ bool waitFor(const std::function<bool()>& done, int ms)
         loop.exec();
     }
     return true;
-}
-
-double percentile(std::vector<double> values, double p)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(std::min(values.size() - 1, size_t(p * double(values.size() - 1) + 0.5)));
 }
 
 } // namespace

@@ -39,12 +39,7 @@ class TestAddonFollowsHost : public QObject {
         return QString::fromUtf8(test::TestHome::read(m_opened)).split(u'\n', Qt::SkipEmptyParts);
     }
 
-    qint64 currentId() const
-    {
-        const AutomationPtr views = toObject(m_backend->create(kProgIdApp)->invoke(u"Views"_s));
-        const AutomationPtr view = toObject(views->invoke(u"Create"_s, {qint16(1), u"CV"_s}));
-        return view->invoke(u"GetCurrentID"_s).toLongLong();
-    }
+    qint64 currentId() const { return test::currentContactId(*m_backend); }
 
     // What GO opens for the Echo service on this contact: the empty boxes are left out, accents folded.
     QString echoAddress(qint64 contactId) const

@@ -121,12 +121,7 @@ class TestGrabFromBrowser : public QObject {
     std::unique_ptr<FocusWatch> m_focus;
     std::unique_ptr<DBusBackend> m_backend;
 
-    qint64 currentId() const
-    {
-        const AutomationPtr views = toObject(m_backend->create(kProgIdApp)->invoke(u"Views"_s));
-        const AutomationPtr view = toObject(views->invoke(u"Create"_s, {qint16(1), u"CV"_s}));
-        return view->invoke(u"GetCurrentID"_s).toLongLong();
-    }
+    qint64 currentId() const { return test::currentContactId(*m_backend); }
 
     // A field of the contact manager's current contact, as its database holds it.
     QString stored(int fieldId) const

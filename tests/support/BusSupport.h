@@ -2,6 +2,7 @@
 
 // Shared by the tests that run corvalent-contacts in its own process on the private bus of dbus-run-session.
 
+#include "act/AutomationBackend.h"
 #include "common/DBusWire.h"
 #include "support/Raised.h"
 
@@ -12,6 +13,14 @@
 #include <utility>
 
 namespace corvalent::test {
+
+// The ID of the contact manager's current contact, asked as the add-on asks it.
+inline qint64 currentContactId(AutomationBackend& backend)
+{
+    const AutomationPtr views = toObject(backend.create(kProgIdApp)->invoke(QStringLiteral("Views")));
+    const AutomationPtr view = toObject(views->invoke(QStringLiteral("Create"), {qint16(1), QStringLiteral("CV")}));
+    return view->invoke(QStringLiteral("GetCurrentID")).toLongLong();
+}
 
 inline bool hostOnBus()
 {
