@@ -1,13 +1,12 @@
 // A stand-in for the browser: a window of another program whose selection Ctrl+C copies, so that the clipboard's
 // owner is a client other than the one reading it.
 //
-// Usage: x11_copy_window MODE TITLE TEXTFILE
-//   line   a one-line box holding the file's text, all of it selected
-//   large  a multi-line box holding the file's text, all of it selected
-//   none   a one-line box holding the file's text, nothing selected: Ctrl+C copies nothing
+// Usage: x11_copy_window MODE < TEXT
+//   line   a one-line box holding the text, all of it selected
+//   none   the same box with nothing selected: Ctrl+C copies nothing
 //   image  Ctrl+C puts a picture on the clipboard, no text
-//   latin1 Ctrl+C puts the file's text on the clipboard as an old program does: Latin-1 under STRING, no UTF-8
-//   pieces Ctrl+C puts the file's text on the clipboard as UTF-8 sent in pieces of 64 KiB
+//   latin1 Ctrl+C puts the text on the clipboard as an old program does: Latin-1 under STRING, no UTF-8
+//   pieces Ctrl+C puts the text on the clipboard as UTF-8, in pieces of 64 KiB (INCR) when longer
 // It prints "window ID" once its window is shown and "owned" each time it has put something on the clipboard.
 
 #include <QAbstractNativeEventFilter>
@@ -16,7 +15,6 @@
 #include <QFile>
 #include <QImage>
 #include <QLineEdit>
-#include <QPlainTextEdit>
 #include <QShortcut>
 
 #include <xcb/xcb.h>
@@ -25,12 +23,13 @@
 #include <cstring>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void say(const QByteArray& line)
 {
-    std::fputs(line.constData(), stdout);
-    std::fputc('\n', stdout);
+    std::printf("%s\n", line.constData());
     std::fflush(stdout);
 }
 
@@ -48,70 +47,48 @@ xcb_atom_t atom(const char* name)
     return result;
 }
 
-// Holds the CLIPBOARD with its window and answers requests for it itself, before Qt sees them, the way other
-// toolkits do: the text under one type only (every other target refused), and in pieces of `piece` bytes through
-// the INCR protocol when it is longer than that (as GTK programs, browsers among them, send large texts).
-class RawOwner : public QAbstractNativeEventFilter {
-public:
-    RawOwner(xcb_window_t window, xcb_atom_t type, QByteArray bytes, qsizetype piece)
-        : m_window(window), m_type(type), m_bytes(std::move(bytes)), m_piece(piece)
+// Holds the CLIPBOARD and answers requests itself, before Qt sees them, as other toolkits do: the text under one
+// type only, and in pieces of `m_piece` bytes through the INCR protocol when it is longer than that.
+struct RawOwner : QAbstractNativeEventFilter {
+    RawOwner(xcb_window_t window, xcb_atom_t type, QByteArray bytes)
+        : m_window(window), m_type(type), m_bytes(std::move(bytes))
     {
-    }
-
-    void take()
-    {
-        xcb_set_selection_owner(connection(), m_window, atom("CLIPBOARD"), XCB_CURRENT_TIME);
-        xcb_flush(connection());
-        say("owned");
     }
 
     bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override
     {
         const auto* event = static_cast<xcb_generic_event_t*>(message);
-        switch (event->response_type & 0x7f) {
-        case XCB_SELECTION_REQUEST:
+        if ((event->response_type & 0x7f) == XCB_SELECTION_REQUEST)
             return answer(*static_cast<const xcb_selection_request_event_t*>(message));
-        case XCB_PROPERTY_NOTIFY: {
-            // The requestor took the last piece: the next one, or an empty one to end.
-            const auto* change = static_cast<const xcb_property_notify_event_t*>(message);
-            if (m_sent < 0 || change->window != m_requestor || change->atom != m_property
-                || change->state != XCB_PROPERTY_DELETE)
-                return false;
-            const QByteArray piece = m_bytes.mid(m_sent, m_piece);
-            write(m_type, 8, piece.size(), piece.constData());
-            m_sent = piece.isEmpty() ? -1 : m_sent + piece.size();
-            return true;
-        }
-        default:
+        // The requestor took the last piece: the next one, or an empty one to end.
+        const auto* change = static_cast<const xcb_property_notify_event_t*>(message);
+        if ((event->response_type & 0x7f) != XCB_PROPERTY_NOTIFY || m_sent < 0 || change->window != m_requestor
+            || change->atom != m_property || change->state != XCB_PROPERTY_DELETE)
             return false;
-        }
+        const QByteArray piece = m_bytes.mid(m_sent, m_piece);
+        write(m_type, 8, piece.size(), piece.constData());
+        m_sent = piece.isEmpty() ? -1 : m_sent + piece.size();
+        return true;
     }
 
-private:
     bool answer(const xcb_selection_request_event_t& request)
     {
         if (request.owner != m_window)
             return false;
-        xcb_selection_notify_event_t notify{};
-        notify.response_type = XCB_SELECTION_NOTIFY;
-        notify.time = request.time;
-        notify.requestor = request.requestor;
-        notify.selection = request.selection;
-        notify.target = request.target;
-        notify.property = XCB_NONE;
+        xcb_selection_notify_event_t notify{XCB_SELECTION_NOTIFY, 0,           0, request.time, request.requestor,
+                                            request.selection,    request.target, XCB_NONE};
         if (request.target == m_type) {
             m_requestor = request.requestor;
-            m_property = request.property;
+            m_property = notify.property = request.property;
             if (m_bytes.size() > m_piece) {
                 const uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
                 xcb_change_window_attributes(connection(), m_requestor, XCB_CW_EVENT_MASK, &events);
-                const uint32_t size = uint32_t(m_bytes.size());
+                const auto size = uint32_t(m_bytes.size());
                 write(atom("INCR"), 32, 1, &size);
                 m_sent = 0;
             } else {
                 write(m_type, 8, m_bytes.size(), m_bytes.constData());
             }
-            notify.property = request.property;
         }
         xcb_send_event(connection(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT,
                        reinterpret_cast<const char*>(&notify));
@@ -129,7 +106,7 @@ private:
     xcb_window_t m_window;
     xcb_atom_t m_type;
     QByteArray m_bytes;
-    qsizetype m_piece;
+    qsizetype m_piece = 64 * 1024;
     xcb_window_t m_requestor = XCB_NONE;
     xcb_atom_t m_property = XCB_NONE;
     qsizetype m_sent = -1; // bytes of an incremental transfer sent so far; -1 when none is under way
@@ -140,54 +117,38 @@ private:
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
-    const QStringList args = app.arguments();
-    if (args.size() != 4) {
-        std::fputs("usage: x11_copy_window line|large|none|image|latin1|pieces TITLE TEXTFILE\n", stderr);
-        return 2;
-    }
-    const QString mode = args.at(1);
-    QFile file(args.at(3));
-    if (!file.open(QIODevice::ReadOnly)) {
-        std::fprintf(stderr, "x11_copy_window: cannot read %s\n", qPrintable(args.at(3)));
-        return 2;
-    }
-    const QString text = QString::fromUtf8(file.readAll());
+    const QString mode = app.arguments().value(1);
+    QFile in;
+    in.open(stdin, QIODevice::ReadOnly);
+    const QString text = QString::fromUtf8(in.readAll());
 
     std::unique_ptr<QWidget> window;
-    std::unique_ptr<RawOwner> rawOwner;
-    if (mode == u"large") {
-        auto* box = new QPlainTextEdit;
-        box->setPlainText(text);
-        box->selectAll();
-        window.reset(box);
-    } else if (mode == u"line" || mode == u"none") {
+    std::unique_ptr<RawOwner> raw;
+    if (mode == u"line" || mode == u"none") {
         auto* box = new QLineEdit(text);
-        if (mode == u"line")
-            box->selectAll();
-        else
-            box->deselect();
+        mode == u"line" ? box->selectAll() : box->deselect();
         window.reset(box);
-    } else if (mode == u"image") {
+    } else {
         window = std::make_unique<QWidget>();
-        auto* copy = new QShortcut(QKeySequence::Copy, window.get());
-        QObject::connect(copy, &QShortcut::activated, [] {
+        const bool latin1 = mode == u"latin1";
+        if (latin1 || mode == u"pieces") {
+            raw = std::make_unique<RawOwner>(xcb_window_t(window->winId()),
+                                             latin1 ? xcb_atom_t(XCB_ATOM_STRING) : atom("UTF8_STRING"),
+                                             latin1 ? text.toLatin1() : text.toUtf8());
+            app.installNativeEventFilter(raw.get());
+        } else if (mode != u"image") {
+            return 2;
+        }
+        QObject::connect(new QShortcut(QKeySequence::Copy, window.get()), &QShortcut::activated, [&] {
+            if (raw) {
+                xcb_set_selection_owner(connection(), raw->m_window, atom("CLIPBOARD"), XCB_CURRENT_TIME);
+                xcb_flush(connection());
+                return say("owned");
+            }
             QImage picture(16, 16, QImage::Format_RGB32);
             picture.fill(Qt::darkGreen);
             QGuiApplication::clipboard()->setImage(picture);
         });
-    } else if (mode == u"latin1" || mode == u"pieces") {
-        window = std::make_unique<QWidget>();
-        const auto id = xcb_window_t(window->winId());
-        if (mode == u"latin1")
-            rawOwner = std::make_unique<RawOwner>(id, XCB_ATOM_STRING, text.toLatin1(), text.size());
-        else
-            rawOwner = std::make_unique<RawOwner>(id, atom("UTF8_STRING"), text.toUtf8(), 64 * 1024);
-        app.installNativeEventFilter(rawOwner.get());
-        auto* copy = new QShortcut(QKeySequence::Copy, window.get());
-        QObject::connect(copy, &QShortcut::activated, [&] { rawOwner->take(); });
-    } else {
-        std::fprintf(stderr, "x11_copy_window: unknown mode %s\n", qPrintable(mode));
-        return 2;
     }
     // Every change of the clipboard is told here, also another program's: only our own counts.
     QObject::connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, [] {
@@ -195,7 +156,7 @@ int main(int argc, char** argv)
             say("owned");
     });
 
-    window->setWindowTitle(args.at(2));
+    window->setWindowTitle(u"Page — Mozilla Firefox"_s);
     window->resize(400, 200);
     window->show();
     window->setFocus();
