@@ -33,12 +33,14 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QShortcut>
 #include <QStatusBar>
 #include <QSignalBlocker>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace corvalent {
 
@@ -615,9 +617,13 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
         event->ignore();
         return true;
     }
-    // A click on the window's background hands the collector's next line on, as its Next button does.
+    // A click on the window's background hands the collector's next line on, as its Next button does; not a click
+    // on a caption or a row that passed the press on to the background.
     if (event->type() == QEvent::MouseButtonPress && (watched == centralWidget() || watched == m_contactFrame)) {
-        if (bSmartParserOn && m_smartParser) {
+        const auto* press = static_cast<QMouseEvent*>(event);
+        const auto* background = static_cast<QWidget*>(watched);
+        if (bSmartParserOn && m_smartParser && press->button() == Qt::LeftButton &&
+            !background->childAt(press->position().toPoint())) {
             m_smartParser->collector().cmdUp_Click();
             // Taken here: the press would otherwise reach the window behind the frame and move on a second time.
             return true;
@@ -626,7 +632,7 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
     // A box that gets the focus selects its text, so that typing replaces a captured value; after the mouse
     // press that gave the focus, which would otherwise place the cursor instead.
     if (event->type() == QEvent::FocusIn) {
-        if (auto field = qobject_cast<QLineEdit*>(watched))
+        if (auto field = qobject_cast<QLineEdit*>(watched); field && std::ranges::count(m_fields, field))
             QTimer::singleShot(0, field, [field] { field->selectAll(); });
     }
     return QMainWindow::eventFilter(watched, event);
@@ -665,14 +671,12 @@ void MainWindow::cmdGrab_Click(int Index)
     trappedSub(QStringLiteral("frmMain: Sub cmdGrab_Click"), [&] {
         m_updater.beginGrab(Index);
         if (bSmartParserOn && m_smartParser) {
+            // An error box while writing runs the event loop, and the collector may be gone after it.
             const QString selected = m_smartParser->selectedText();
-            if (!selected.isEmpty()) {
-                m_updater.Update_Contact_Info(selected, Index);
-                m_smartParser->RemoveText(true);
-            } else {
-                m_updater.Update_Contact_Info(m_smartParser->currentText(), Index);
-                m_smartParser->RemoveText(false);
-            }
+            const bool partial = !selected.isEmpty();
+            m_updater.Update_Contact_Info(partial ? selected : m_smartParser->currentText(), Index);
+            if (m_smartParser)
+                m_smartParser->RemoveText(partial);
         } else {
             if (!m_grabText)
                 m_grabText = std::make_unique<GrabText>(desktop());
@@ -704,6 +708,8 @@ void MainWindow::reportGrab()
         statusBar()->showMessage(tr("Grabbing from the browser needs an X11 session."), kStatusMs);
     } else if (!m_grabText->lastGrabFoundBrowser()) {
         statusBar()->showMessage(tr("No browser window was found below this window."), kStatusMs);
+    } else if (desktop().canDriveWindows() && !m_grabText->lastGrabActivatedBrowser()) {
+        statusBar()->showMessage(tr("The browser did not come to the front."), kStatusMs);
     } else if (m_grabText->lastGrabWasCut()) {
         statusBar()->showMessage(tr("Only the first %1 characters of the selection were taken.")
                                      .arg(GrabText::kMaxGrabChars), kStatusMs);
@@ -721,6 +727,9 @@ void MainWindow::openSmartParser()
     if (parser->collector().isFinished())
         return;
     m_smartParser = parser;
+    // Ctrl+Z in the collector's line is the program's undo too.
+    for (QLineEdit* box : parser->findChildren<QLineEdit*>())
+        box->installEventFilter(this);
     connect(parser, &SmartParserWindow::unloaded, this, [this] { bSmartParserOn = false; });
     bSmartParserOn = true;
 }

@@ -138,10 +138,12 @@ void ContactUpdater::cmdUpdateACT_Click()
 
 void ContactUpdater::cmdNewContact_Click()
 {
+    bool locked = false;
     const bool done = trappedSub(QStringLiteral("frmMain: Sub cmdNewContact_Click"), [&] {
         m_addingContact = true;
         m_session.addNewContact();
         m_session.lockWindowUpdate(true);
+        locked = true;
         for (int i = 0; i < ContactForm::kSlots; ++i) {
             if (!m_form.grabEnabled(i))
                 continue;
@@ -150,17 +152,19 @@ void ContactUpdater::cmdNewContact_Click()
         }
         m_session.command(ActSession::kCommandRefresh);
         m_session.lockWindowUpdate(false);
-        m_addingContact = false;
+        locked = false;
     });
-    if (!done) {
+    if (!done && locked) {
         // The fields written stay written, but the contact manager's window must not stay frozen.
-        m_addingContact = false;
         try {
             m_session.lockWindowUpdate(false);
         } catch (const Error&) {
             // Gone or not answering: its window is not ours to repaint then.
         }
     }
+    // The contact manager's events come through the event loop, the lookup change of the addition already on its
+    // way: the flag goes only after it, so that it is taken for what it is.
+    QMetaObject::invokeMethod(this, [this] { m_addingContact = false; }, Qt::QueuedConnection);
 }
 
 void ContactUpdater::mnuUndo_Click()

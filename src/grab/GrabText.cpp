@@ -37,6 +37,7 @@ QString GrabText::GrabBrowserText()
 {
     m_cut = false;
     m_found = false;
+    m_activated = false;
     if (!m_desktop.canDriveWindows()) {
         m_found = true;
         return normalized(m_desktop.primarySelection());
@@ -89,7 +90,10 @@ bool GrabText::IsToolWindow(WindowHandle window)
 QString GrabText::CopyWindowText(WindowHandle window)
 {
     m_desktop.clearClipboard();
-    m_desktop.activate(window, kActivateTimeoutMs);
+    // Ctrl+C sent while the browser is not in front would copy from whatever is, the add-on's own box included.
+    m_activated = m_desktop.activate(window, kActivateTimeoutMs);
+    if (!m_activated)
+        return QString();
     pause(kSettleMs);
     m_desktop.sendCopyKeystroke();
     const QString text = m_desktop.waitForClipboardText(kCopyTimeoutMs);

@@ -37,6 +37,8 @@ public:
     // Whether the last grab was cut to kMaxGrabChars, and whether it found a browser window at all.
     bool lastGrabWasCut() const { return m_cut; }
     bool lastGrabFoundBrowser() const { return m_found; }
+    // Whether the browser came to the front for the last grab.
+    bool lastGrabActivatedBrowser() const { return m_activated; }
 
     // Every line break (LF, CR LF, a lone CR) as CR LF, without NULs, cut to `maxChars`; `cut` tells whether it was.
     static QString NormalizeGrabbedText(const QString& text, qsizetype maxChars, bool* cut = nullptr);
@@ -47,6 +49,7 @@ private:
     DesktopWindows& m_desktop;
     bool m_cut = false;
     bool m_found = false;
+    bool m_activated = false;
 };
 
 } // namespace corvalent

@@ -11,6 +11,7 @@
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace corvalent {
 
@@ -65,6 +66,17 @@ SmartParserWindow::SmartParserWindow(const QString& grabbed, QWidget* mainWindow
 
     auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     connect(escape, &QShortcut::activated, this, &QWidget::close);
+    // The keyboard stays with the main window while the collector is open: these reach it from there too.
+    for (auto [button, key] : {std::pair{m_up, QKeySequence(Qt::CTRL | Qt::Key_Down)},
+                               std::pair{m_down, QKeySequence(Qt::CTRL | Qt::Key_Up)}}) {
+        auto* shortcut = new QShortcut(key, this);
+        shortcut->setContext(Qt::ApplicationShortcut);
+        connect(shortcut, &QShortcut::activated, button, [button = button] {
+            if (button->isEnabled())
+                button->click();
+        });
+        button->setToolTip(button->toolTip() + QStringLiteral(" (%1)").arg(key.toString(QKeySequence::NativeText)));
+    }
 
     connect(m_up, &QPushButton::clicked, &m_collector, &SmartDataCollector::cmdUp_Click);
     connect(m_down, &QPushButton::clicked, &m_collector, &SmartDataCollector::cmdDown_Click);

@@ -186,7 +186,9 @@ struct X11Desktop::Impl {
             QEventLoop loop;
             QTimer::singleShot(ms, &loop, &QEventLoop::quit);
             idleLoop = &loop;
-            loop.exec();
+            // Painting and timers go on; clicks and keys wait until the grab is over, so that nothing the user
+            // does (an update, an undo, another grab) runs in the middle of one.
+            loop.exec(QEventLoop::ExcludeUserInputEvents);
             idleLoop = nullptr;
         } else {
             pollfd fd{xcb_get_file_descriptor(conn), POLLIN, 0};

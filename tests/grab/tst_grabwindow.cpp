@@ -138,10 +138,17 @@ private slots:
         QCOMPARE(m->box(6)->text(), u"Canada"_s);
     }
 
-    void clickOnTheWindowMovesTheCollectorOn()
+    void collectorMovesOnFromTheMainWindow()
     {
         MainWindow& w = start();
-        grab(0, u"One\nTwo"_s);
+        grab(0, u"One\nTwo\nThree"_s);
+        QTest::keyClick(&w, Qt::Key_Down, Qt::ControlModifier);
+        QCOMPARE(w.smartParser()->currentText(), u"Two"_s);
+        QTest::keyClick(&w, Qt::Key_Up, Qt::ControlModifier);
+        QCOMPARE(w.smartParser()->currentText(), u"One"_s);
+        // A click on a caption is not one on the window's background.
+        QTest::mouseClick(m->widget<QWidget>(u"lblContact"_s), Qt::LeftButton);
+        QCOMPARE(w.smartParser()->currentText(), u"One"_s);
         QTest::mouseClick(m->widget<QWidget>(u"fraContactInformation"_s), Qt::LeftButton, {}, QPoint(2, 2));
         QCOMPARE(w.smartParser()->currentText(), u"Two"_s);
     }
