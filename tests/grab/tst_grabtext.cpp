@@ -12,15 +12,15 @@ namespace {
 
 // "title" then ";"-separated marks: hidden, child, tool, owner=N, mute (never copies), class=NAME. The selection a
 // window copies is "from N", N being its place from the top, counted from 1.
-QList<test::ScriptedWindow> parseWindows(const QStringList& specs)
+QList<test::ScriptedWindow> parseWindows(const QStringList& lines)
 {
     QList<test::ScriptedWindow> windows;
-    for (const QString& spec : specs) {
-        const QStringList parts = spec.split(u';');
+    for (const QString& line : lines) {
+        const QStringList marks = line.split(u';');
         test::ScriptedWindow w;
-        w.title = parts.first();
+        w.title = marks.first();
         w.selection = u"from %1"_s.arg(windows.size() + 1);
-        for (const QString& mark : parts.mid(1)) {
+        for (const QString& mark : marks.mid(1)) {
             if (mark == u"hidden")
                 w.visible = false;
             else if (mark == u"child")
