@@ -3,6 +3,7 @@
 // Shared by the tests that drive the real programs on an X server (scripts/x11-session.sh): xdotool to find their
 // windows and to type into them as a user would.
 
+#include <QDBusConnection>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -32,6 +33,18 @@ inline std::optional<QString> xdotool(const QStringList& args, bool quiet = fals
         return std::nullopt;
     }
     return QString::fromUtf8(tool.readAllStandardOutput());
+}
+
+// What this process lacks to drive programs on an X server with a session bus; "" when nothing.
+inline QString missingForX11Session()
+{
+    if (qEnvironmentVariableIsEmpty("DISPLAY"))
+        return QStringLiteral("needs an X server: run under scripts/x11-session.sh");
+    if (!QDBusConnection::sessionBus().isConnected())
+        return QStringLiteral("needs a session bus: run under scripts/x11-session.sh");
+    if (!xdotool({QStringLiteral("version")}))
+        return QStringLiteral("xdotool is missing");
+    return QString();
 }
 
 // xdotool's search for the windows on screen of the process whose title matches; --all, or any one of the

@@ -194,9 +194,8 @@ class TestGrabFromBrowser : public QObject {
 private slots:
     void initTestCase()
     {
-        QVERIFY2(!qEnvironmentVariableIsEmpty("DISPLAY"), "needs an X server: run under scripts/x11-session.sh");
-        QVERIFY2(QDBusConnection::sessionBus().isConnected(), "needs a session bus: run under scripts/x11-session.sh");
-        QVERIFY2(xdotool({u"version"_s}), "xdotool is missing");
+        const QString missing = missingForX11Session();
+        QVERIFY2(missing.isEmpty(), qPrintable(missing));
         QVERIFY(!test::hostOnBus());
 
         m_database = m_home.file(u"Contacts.cvdb"_s);
