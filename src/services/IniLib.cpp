@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <algorithm>
 
 namespace corvalent {
 
@@ -78,20 +79,39 @@ bool WriteKeyValue(const QString& Section, const QString& KeyName, const QString
 {
     if (FileName.isEmpty())
         FileName = IniSettingsFile();
-    if (Value.contains(QLatin1Char('\n')) || Value.contains(QLatin1Char('\r')) || Section.isEmpty()
-        || KeyName.isEmpty())
+    return WriteKeyValues(Section, {{KeyName, Value}}, FileName);
+}
+
+bool WriteKeyValues(const QString& Section, const IniKeys& keys, const QString& FileName,
+                    const std::optional<QByteArray>& startFrom)
+{
+    const QString file = FileName.isEmpty() ? IniSettingsFile() : FileName;
+    auto writable = [&](const std::pair<QString, QString>& key) {
+        return !key.second.contains(QLatin1Char('\n')) && !key.second.contains(QLatin1Char('\r'))
+            && !Section.isEmpty() && !key.first.isEmpty();
+    };
+    const bool allWritable = std::all_of(keys.begin(), keys.end(), writable);
+    // Nothing to write leaves the file alone, as a single refused write always has.
+    if (!startFrom && std::none_of(keys.begin(), keys.end(), writable))
         return false;
 
-    const QString target = writeTarget(FileName);
+    const QString target = writeTarget(file);
     IniDocument doc;
-    QFile existing(target);
-    if (existing.exists()) {
-        if (!existing.open(QIODevice::ReadOnly))
-            return false;
-        doc = IniDocument::parse(existing.readAll());
-        existing.close();
+    if (startFrom) {
+        doc = IniDocument::parse(*startFrom);
+    } else {
+        QFile existing(target);
+        if (existing.exists()) {
+            if (!existing.open(QIODevice::ReadOnly))
+                return false;
+            doc = IniDocument::parse(existing.readAll());
+            existing.close();
+        }
     }
-    doc.setValue(Section, KeyName, Value);
+    for (const auto& key : keys) {
+        if (writable(key))
+            doc.setValue(Section, key.first, key.second);
+    }
 
     QSaveFile out(target);
     if (!out.open(QIODevice::WriteOnly))
@@ -102,9 +122,9 @@ bool WriteKeyValue(const QString& Section, const QString& KeyName, const QString
         return false;
     }
     const bool ok = out.commit();
-    IniCache::instance().invalidate(FileName);
+    IniCache::instance().invalidate(file);
     IniCache::instance().invalidate(target);
-    return ok;
+    return ok && allWritable;
 }
 
 bool WriteKeyValue(const QString& Section, const QString& KeyName, const QString& Value, const QString& FileName)

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <QByteArray>
+#include <QList>
 #include <QString>
+#include <optional>
+#include <utility>
 
 namespace corvalent {
 
@@ -29,5 +33,13 @@ QString GetKeyValue(const QString& Section, const QString& KeyName, const QStrin
 // file or the new one, never a mix.
 bool WriteKeyValue(const QString& Section, const QString& KeyName, const QString& Value, QString& FileName);
 bool WriteKeyValue(const QString& Section, const QString& KeyName, const QString& Value, const QString& FileName);
+
+// Several keys of one section written in one step, with the bytes that writing them one by one would give: a
+// crash leaves the file as it was or with every key written, never a part of them. `startFrom`, when given,
+// stands for the file's present bytes (a new service starts from its bare section, a renamed one from the file
+// it was copied from). A key whose value holds a line break is left out and makes the answer false.
+using IniKeys = QList<std::pair<QString, QString>>;
+bool WriteKeyValues(const QString& Section, const IniKeys& keys, const QString& FileName,
+                    const std::optional<QByteArray>& startFrom = std::nullopt);
 
 } // namespace corvalent

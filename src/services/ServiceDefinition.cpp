@@ -8,34 +8,34 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 namespace corvalent {
 
 namespace {
 
-bool writeKeys(const QString& path, const ServiceDefinition& s)
+// Every key in the order the files have always had them.
+IniKeys serviceKeys(const ServiceDefinition& s)
 {
-    bool ok = true;
-    auto write = [&](const QString& key, const QString& value) {
-        ok = WriteKeyValue(kServiceSection, key, value, path) && ok;
-    };
-    write(QStringLiteral("Name"), StoredName(s.name));
-    write(QStringLiteral("URL"), s.url);
+    IniKeys keys;
+    auto add = [&](const QString& key, const QString& value) { keys.append({key, value}); };
+    add(QStringLiteral("Name"), StoredName(s.name));
+    add(QStringLiteral("URL"), s.url);
     if (s.base >= ServiceBase::Address && s.base <= ServiceBase::Other)
-        write(QStringLiteral("Base"), QString::number(s.base));
-    write(QStringLiteral("CountryFile"), s.countryFile);
-    write(QStringLiteral("DefaultCountry"), s.defaultCountry);
+        add(QStringLiteral("Base"), QString::number(s.base));
+    add(QStringLiteral("CountryFile"), s.countryFile);
+    add(QStringLiteral("DefaultCountry"), s.defaultCountry);
     for (int row = 0; row < kFieldRows; ++row) {
-        write(QStringLiteral("F%1").arg(row), QString::number(s.fields[row]));
-        if (s.fields[row] == FieldCode::PhoneNumbers)
-            write(QStringLiteral("PhFormat%1").arg(row), s.phoneFormats[row]);
+        if (!s.fields[row])
+            continue;
+        add(QStringLiteral("F%1").arg(row), QString::number(*s.fields[row]));
+        if (*s.fields[row] == FieldCode::PhoneNumbers && s.phoneFormats[row])
+            add(QStringLiteral("PhFormat%1").arg(row), *s.phoneFormats[row]);
     }
     for (int row = 0; row < kFieldRows; ++row)
-        write(QStringLiteral("V%1").arg(row), s.variables[row]);
+        add(QStringLiteral("V%1").arg(row), s.variables[row]);
     for (int i = 0; i < kCustomRows; ++i)
-        write(QStringLiteral("L%1").arg(i + 7), s.labels[i]);
-    return ok;
+        add(QStringLiteral("L%1").arg(i + 7), s.labels[i]);
+    return keys;
 }
 
 } // namespace
@@ -81,38 +81,38 @@ ServiceDefinition ReadServiceDefinition(const QString& path)
 
 bool WriteNewService(const QString& path, const ServiceDefinition& service)
 {
-    {
-        QSaveFile file(path);
-        if (!file.open(QIODevice::WriteOnly))
-            return false;
-        file.write("[Settings]\r\n");
-        if (!file.commit())
-            return false;
-    }
-    IniCache::instance().invalidate(path);
-    return writeKeys(path, service);
+    return WriteKeyValues(kServiceSection, serviceKeys(service), path, QByteArray("[Settings]\r\n"));
 }
 
 bool SaveEditedService(QString& path, const ServiceDefinition& service, std::source_location at)
 {
     const QString oldName = ServiceSetting(path, QStringLiteral("Name"));
     const QString newName = StoredName(service.name);
+    QString target = path;
     if (!oldName.isEmpty() && oldName != newName) {
-        // The new file name is the old one with the old name replaced by the new: only the file's own name is
-        // touched, never the folders above it.
+        // Only the file's own name changes, never the folders above it. A file renamed by hand does not hold its
+        // old name: it keeps its path and takes the new name inside.
         const QFileInfo info(path);
-        const QString renamed = ProgramFolder::join(info.path(), info.fileName().replace(oldName, newName));
-        if (renamed != path) {
-            if (QFileInfo::exists(renamed))
-                throw Error(58, QStringLiteral("File already exists"), at);
-            if (!QFile::copy(path, renamed))
-                throw Error(ErrorNumber::PermissionDenied, at);
-            QFile::remove(path); // a file left behind is harmless; the copy is what counts
-            IniCache::instance().invalidate(path);
-            path = renamed;
-        }
+        target = ProgramFolder::join(info.path(), info.fileName().replace(oldName, newName));
     }
-    return writeKeys(path, service);
+    if (target == path) {
+        if (!WriteKeyValues(kServiceSection, serviceKeys(service), path))
+            throw Error(ErrorNumber::PermissionDenied, at);
+        return true;
+    }
+    // The new file is written whole before the old one goes, so that a crash leaves one complete service or
+    // both, never a part of one.
+    QFile old(path);
+    if (!old.open(QIODevice::ReadOnly))
+        throw Error(ErrorNumber::FileNotFound, at);
+    const QByteArray oldBytes = old.readAll();
+    old.close();
+    if (!WriteKeyValues(kServiceSection, serviceKeys(service), target, oldBytes))
+        throw Error(ErrorNumber::PermissionDenied, at);
+    QFile::remove(path); // a file left behind is harmless; the new one is what counts
+    IniCache::instance().invalidate(path);
+    path = target;
+    return true;
 }
 
 } // namespace corvalent

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <array>
+#include <optional>
 #include <source_location>
 
 namespace corvalent {
@@ -38,15 +39,16 @@ QString StoredName(const QString& displayName);
 QString DisplayName(const QString& storedName);
 QString ServiceFilePath(const QString& presetsFolder, const QString& displayName);
 
-// A service as the editor writes it.
+// A service as the editor writes it. A row without a field writes no F key (the file keeps what it had), and a
+// phone row without a phone format writes no PhFormat key.
 struct ServiceDefinition {
     QString name; // display name
     QString url;
     int base = ServiceBase::None;
     QString countryFile;
     QString defaultCountry;
-    std::array<int, kFieldRows> fields{};
-    std::array<QString, kFieldRows> phoneFormats; // written only for rows whose field is PhoneNumbers
+    std::array<std::optional<int>, kFieldRows> fields{};
+    std::array<std::optional<QString>, kFieldRows> phoneFormats; // written only for rows whose field is PhoneNumbers
     std::array<QString, kFieldRows> variables;
     std::array<QString, kCustomRows> labels{QStringLiteral("Custom1"), QStringLiteral("Custom2"),
                                             QStringLiteral("Custom3")};
@@ -55,13 +57,15 @@ struct ServiceDefinition {
 // Reads every key with the readers' defaults.
 ServiceDefinition ReadServiceDefinition(const QString& path);
 
-// Creates the file afresh and writes every key in the documented order. Answers false when a write failed.
+// Creates the file afresh, replacing any file of the name, and writes every key in the documented order.
+// Answers false when a key could not be written.
 bool WriteNewService(const QString& path, const ServiceDefinition& service);
 
 // Writes every key into the existing file without truncating it, so keys no longer written (a PhFormat of a row
-// that is no longer a phone row) stay and do no harm. When the name changed, the file is first copied to its
-// new name and the old one deleted; `path` is then set to the new file. An existing file of the new name is never
-// overwritten: that raises "File already exists" (58).
+// that is no longer a phone row) stay and do no harm. When the name changed, the file goes to its new name (the
+// old name replaced by the new one in the file's own name) and the old one is deleted; `path` is then set to the
+// new file. A file of the new name is replaced, as saving a new service of that name would. A file that cannot
+// be read or written raises an error.
 bool SaveEditedService(QString& path, const ServiceDefinition& service,
                        std::source_location at = std::source_location::current());
 

@@ -106,19 +106,18 @@ private slots:
         QCOMPARE(ReadServiceDefinition(path).name, newName);
     }
 
-    void renameNeverOverwrites()
+    // As a new service of that name would, the renamed one takes the place of the file it meets.
+    void renameReplacesTheFileOfTheNewName()
     {
-        const QByteArray firstBytes("[Settings]\r\nName=First\r\n"), secondBytes("[Settings]\r\nName=Second\r\n");
-        QString first = m_files.write(QStringLiteral("Clash/First.isf"), firstBytes);
-        const QString second = m_files.write(QStringLiteral("Clash/Second.isf"), secondBytes);
+        QString first = m_files.write(QStringLiteral("Clash/First.isf"), "[Settings]\r\nName=First\r\nAuthor=me\r\n");
+        m_files.write(QStringLiteral("Clash/Second.isf"), "[Settings]\r\nName=Second\r\nOld=1\r\n");
         ServiceDefinition service = postalCodes();
         service.name = QStringLiteral("Second");
-        const int line = __LINE__; const Error e = raised([&] { SaveEditedService(first, service); });
-        QCOMPARE(e.number(), 58);
-        QCOMPARE(int(e.where().line()), line);
-        QCOMPARE(first, m_files.file(QStringLiteral("Clash/First.isf")));
-        QCOMPARE(TestHome::read(first), firstBytes);
-        QCOMPARE(TestHome::read(second), secondBytes);
+        QVERIFY(SaveEditedService(first, service));
+        QCOMPARE(first, m_files.file(QStringLiteral("Clash/Second.isf")));
+        QCOMPARE(QDir(m_files.file(QStringLiteral("Clash"))).entryList(QDir::Files), QStringList{"Second.isf"});
+        QCOMPARE(readKey(first, kServiceSection, QStringLiteral("Author")), QStringLiteral("me"));
+        QCOMPARE(readKey(first, kServiceSection, QStringLiteral("Old")), QStringLiteral("<default>"));
     }
 };
 
