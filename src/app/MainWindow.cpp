@@ -3,7 +3,7 @@
 #include "act/FieldDerivations.h"
 #include "act/PhoneList.h"
 #include "app/ColourScheme.h"
-#include "app/ControlName.h"
+#include "common/ControlName.h"
 #include "app/ServicesPanel.h"
 #include "common/ErrorTrap.h"
 #include "common/Launcher.h"
@@ -265,12 +265,12 @@ void MainWindow::buildMenus()
     };
     // The menu titles take Alt with their first letter; the items keep their captions exactly as users know them
     // and are reached in an open menu by their first letter or the arrows.
-    // The windows of these items (the service editor, Manage Services, Preferences, the integration) are not
-    // there yet.
+    // The windows of these items (Manage Services, Preferences, the integration) are not there yet.
     auto notYet = [](QAction* action) { action->setEnabled(false); };
 
     QMenu* file = addMenu("mnuServices", tr("&File"));
-    notYet(addItem(file, "mnuSettings", QStringLiteral("New Service...")));
+    connect(addItem(file, "mnuSettings", QStringLiteral("New Service...")), &QAction::triggered, this,
+            &MainWindow::mnuSettings_Click);
     notYet(addItem(file, "mnuManage", QStringLiteral("Manage Services...")));
     file->addSeparator();
     QAction* exit = addItem(file, "mnuExit", QStringLiteral("Exit"));
@@ -282,7 +282,8 @@ void MainWindow::buildMenus()
     m_undo->setShortcut(QKeySequence::Undo);
     m_undo->setShortcutContext(Qt::ApplicationShortcut);
     connect(m_undo, &QAction::triggered, this, &MainWindow::mnuUndo_Click);
-    notYet(addItem(edit, "mnuEdit", QStringLiteral("Edit a Service...")));
+    connect(addItem(edit, "mnuEdit", QStringLiteral("Edit a Service...")), &QAction::triggered, this,
+            &MainWindow::mnuEdit_Click);
 
     QMenu* contact = addMenu("mnuCOntact", tr("&Contact"));
     connect(addItem(contact, "mnuClearAll", QStringLiteral("Clear all fields")), &QAction::triggered, this,
@@ -302,7 +303,8 @@ void MainWindow::buildMenus()
 
     m_popup = new QMenu(this);
     m_popup->setObjectName(QStringLiteral("mnuPopup"));
-    notYet(addItem(m_popup, "mnuPopupSettings", QStringLiteral("&Edit")));
+    connect(addItem(m_popup, "mnuPopupSettings", QStringLiteral("&Edit")), &QAction::triggered, this,
+            &MainWindow::mnuEdit_Click);
     connect(m_panel, &ServicesPanel::popupRequested, this, [this](const QPoint& at) { m_popup->popup(at); });
 }
 
@@ -566,10 +568,50 @@ void MainWindow::cboPhone_Click()
 
 void MainWindow::cmdGO_Click()
 {
-    const GoResult result = RunGo(currentServiceFile(), m_form.texts(), m_keepOpen->isChecked(), m_countryFilePath,
-                                  /* the country dialog comes with the service editor */ {});
+    const GoResult result =
+        RunGo(currentServiceFile(), m_form.texts(), m_keepOpen->isChecked(), m_countryFilePath,
+              [this](const QString& serviceName) {
+                  openServiceEditor(ServiceEditorWindow::Mode::Edit, DisplayName(serviceName), true);
+              });
     if (result.closeWindow)
         close();
+}
+
+void MainWindow::mnuSettings_Click()
+{
+    openServiceEditor(ServiceEditorWindow::Mode::New);
+}
+
+void MainWindow::mnuEdit_Click()
+{
+    const QString current = currentServiceFile();
+    openServiceEditor(ServiceEditorWindow::Mode::Edit, current.isEmpty() ? QString() : DisplayName(FileStem(current)));
+}
+
+void MainWindow::openServiceEditor(ServiceEditorWindow::Mode mode, const QString& serviceName, bool openCountry)
+{
+    if (m_editor)
+        m_editor->close();
+    m_editor = new ServiceEditorWindow(mode, m_session.isOpen() ? &m_session : nullptr, &m_form, this);
+    // Above this window, which stays above every other.
+    m_editor->setWindowFlag(Qt::WindowStaysOnTopHint);
+    connect(m_editor, &ServiceEditorWindow::serviceSaved, this, &MainWindow::serviceSaved);
+    m_editor->bOpenCountry = openCountry;
+    m_editor->Form_Load();
+    if (!serviceName.isEmpty())
+        m_editor->choosePreset(serviceName);
+    m_editor->show();
+}
+
+void MainWindow::serviceSaved(const QString& file, const QString& previousFile)
+{
+    trappedSub(QStringLiteral("frmMain: Sub serviceSaved"), [&] {
+        if (!previousFile.isEmpty() && previousFile != file)
+            m_panel->followRename(FileStem(previousFile), FileStem(file));
+        m_panel->refreshCaptions();
+        if (m_panel->pressedButton() >= 0 && currentServiceFile() == file)
+            onServiceSelected();
+    });
 }
 
 void MainWindow::mnuClearAll_Click()

@@ -4,6 +4,7 @@
 #include "act/AutomationBackend.h"
 #include "act/ContactCapture.h"
 #include "act/ContactForm.h"
+#include "editor/ServiceEditorWindow.h"
 #include "app/HostFollower.h"
 #include "app/SingleInstance.h"
 #include "grab/ContactUpdater.h"
@@ -74,6 +75,8 @@ public:
     void cboPhone_Click();
     void mnuClearAll_Click();
     void mnuLoadAll_Click();
+    void mnuSettings_Click();
+    void mnuEdit_Click();
     void mnuOnline_Click();
     void mnuInstructions_Click();
 
@@ -90,6 +93,9 @@ public:
     bool bSmartParserOn = false;
     ContactUpdater& updater() { return m_updater; }
     SmartParserWindow* smartParser() const { return m_smartParser; }
+    // The service editor while it is open.
+    ServiceEditorWindow* serviceEditor() const { return m_editor; }
+
     // Where grabs come from; by default the desktop of this session, made at the first grab.
     void setDesktop(std::unique_ptr<DesktopWindows> desktop);
 
@@ -121,6 +127,12 @@ private:
     static constexpr int kStatusMs = 8000;
     static constexpr int kReactivateMs = 300;
     void bindGrab();
+    // Opens the service editor; in edit mode on the service of that display name, with the country dialog
+    // following a second later when asked.
+    void openServiceEditor(ServiceEditorWindow::Mode mode, const QString& serviceName = QString(),
+                           bool openCountry = false);
+    // A save in the editor: the buttons follow a renamed service, and the current one shows what was saved.
+    void serviceSaved(const QString& file, const QString& previousFile);
 
     AutomationBackend& m_backend;
     ActSession m_session;
@@ -135,6 +147,7 @@ private:
     std::unique_ptr<DesktopWindows> m_desktop;
     std::unique_ptr<GrabText> m_grabText;
     QPointer<SmartParserWindow> m_smartParser;
+    QPointer<ServiceEditorWindow> m_editor;
     // A grab waits for the browser with the event loop running; a second press meanwhile is ignored.
     bool m_grabbing = false;
 

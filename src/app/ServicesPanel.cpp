@@ -1,6 +1,6 @@
 #include "app/ServicesPanel.h"
 
-#include "app/ControlName.h"
+#include "common/ControlName.h"
 #include "common/ErrorTrap.h"
 #include "common/ProgramFolder.h"
 #include "common/VbRuntime.h"
@@ -143,6 +143,17 @@ void ServicesPanel::refreshCaptions()
         button(i)->setProperty("caption", text);
         button(i)->setText(shownOnButton(text));
     }
+}
+
+void ServicesPanel::followRename(const QString& oldStem, const QString& newStem)
+{
+    for (int i = 0; i < kButtons; ++i) {
+        if (buttonFileName(i) == oldStem)
+            WriteKeyValue(kButtonsSection, QString::number(i + 1), newStem, SettingsFilePath());
+    }
+    const int pressed = pressedButton();
+    if (pressed >= 0)
+        setServiceFile(pressed);
 }
 
 void ServicesPanel::chkServices_Click(int Index)

@@ -42,6 +42,8 @@ public:
 
     // Presses the stored "Pressed" button again, without capturing: start-up captures afterwards.
     void Press_Button();
+    // A service's file was renamed from `oldStem` to `newStem`: every button that stood for it stands for it again.
+    void followRename(const QString& oldStem, const QString& newStem);
     // Writes the four captions from the settings file.
     void refreshCaptions();
 

@@ -1,6 +1,9 @@
+#include "KillVariants.h"
 #include "services/ServiceDefinition.h"
 #include "support/IniFiles.h"
 
+#include <QDeadlineTimer>
+#include <QProcess>
 #include <QTest>
 
 using namespace corvalent;
@@ -118,6 +121,53 @@ private slots:
         QCOMPARE(QDir(m_files.file(QStringLiteral("Clash"))).entryList(QDir::Files), QStringList{"Second.isf"});
         QCOMPARE(readKey(first, kServiceSection, QStringLiteral("Author")), QStringLiteral("me"));
         QCOMPARE(readKey(first, kServiceSection, QStringLiteral("Old")), QStringLiteral("<default>"));
+    }
+
+    // A saver killed at any moment, a few hundred saves in all, leaves complete services only: the old one, the
+    // new one, or (killed between writing the new and deleting the old) both.
+    void killedSaveLeavesWholeServices()
+    {
+        constexpr int kWaitMs = 60000; // a bound for a child that hangs, not a pace
+        const QString folder = m_files.file(QStringLiteral("killed"));
+        QDir().mkpath(folder);
+        QByteArray whole[2];
+        for (int which = 0; which < 2; ++which) {
+            const QString scratch = m_files.add();
+            QVERIFY(WriteNewService(scratch, killVariant(which)));
+            whole[which] = TestHome::read(scratch);
+        }
+        QVERIFY(WriteNewService(killVariantFile(folder, 0), killVariant(0)));
+
+        int saves = 0;
+        for (int round = 0; round < 16 || saves < 200; ++round) {
+            QProcess child;
+            child.start(QStringLiteral(SERVICE_SAVER_CHILD), {folder, QStringLiteral("100000")});
+            QVERIFY2(child.waitForStarted(kWaitMs), qPrintable(child.errorString()));
+            const QDeadlineTimer deadline(kWaitMs);
+            for (int announced = 0; announced < 1 + (round * 7) % 23;) {
+                QVERIFY2(child.waitForReadyRead(int(deadline.remainingTime())), child.readAllStandardError().data());
+                const int finished = int(child.readAllStandardOutput().count('\n'));
+                announced += finished;
+                saves += finished;
+            }
+            child.kill();
+            QVERIFY(child.waitForFinished(kWaitMs));
+
+            const QStringList services = QDir(folder).entryList({QStringLiteral("*.isf")}, QDir::Files);
+            QVERIFY2(!services.isEmpty(), qPrintable(QStringLiteral("round %1: no service left").arg(round)));
+            for (const QString& name : services) {
+                const int which = name == QLatin1String("Kill.isf") ? 0 : 1;
+                QVERIFY2(name == QFileInfo(killVariantFile(folder, which)).fileName(), qPrintable(name));
+                QVERIFY2(TestHome::read(ProgramFolder::join(folder, name)) == whole[which],
+                         qPrintable(QStringLiteral("round %1: %2 is torn").arg(round).arg(name)));
+            }
+            // The next child starts from the one that is there (after a kill between the two steps, the old one).
+            if (services.size() == 2)
+                QFile::remove(killVariantFile(folder, 1));
+            if (!QFileInfo::exists(killVariantFile(folder, 0)))
+                QVERIFY(QFile::rename(killVariantFile(folder, 1), killVariantFile(folder, 0))
+                        && WriteNewService(killVariantFile(folder, 0), killVariant(0)));
+        }
     }
 };
 

@@ -1,0 +1,335 @@
+// The service editor driven as a user drives it, by its control names: the files it saves byte for byte, the
+// rows it offers, the country dialog, and what the main window makes of a save.
+
+#include "../app/WindowFixture.h"
+
+#include "editor/CountryDialog.h"
+#include "editor/DataValidation.h"
+#include "editor/ServiceEditorWindow.h"
+#include "request/Go.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QLabel>
+#include <QRadioButton>
+
+using namespace corvalent;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+template <typename T = QWidget>
+T* control(QWidget* window, const QString& name)
+{
+    T* found = window->findChild<T*>(name);
+    if (!found)
+        qFatal("no control %s", qPrintable(name));
+    return found;
+}
+
+QComboBox* fieldBox(QWidget* w, int row) { return control<QComboBox>(w, u"cboField(%1)"_s.arg(row)); }
+QLineEdit* edit(QWidget* w, const QString& name) { return control<QLineEdit>(w, name); }
+
+void choose(QComboBox* box, const QString& text)
+{
+    const int index = box->findText(text);
+    QVERIFY2(index >= 0, qPrintable(text));
+    box->setCurrentIndex(index);
+}
+
+void typeInto(QLineEdit* box, const QString& text)
+{
+    box->selectAll();
+    QTest::keyClick(box, Qt::Key_Delete);
+    QTest::keyClicks(box, text);
+}
+
+// A service file from "KEY=VALUE|..." lines, as the editor writes it: CR LF after each line.
+QByteArray serviceBytes(const QString& lines)
+{
+    QString text = u"[Settings]|"_s + lines + u'|';
+    return text.replace(u'|', u"\r\n"_s).toUtf8();
+}
+
+const QString kVariablesNone = u"V0=|V1=|V2=|V3=|V4=|V5=|V6=|V7=|V8=|V9="_s;
+
+} // namespace
+
+class TestServiceEditor : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<test::WindowFixture> m;
+    int m_beeps = 0;
+
+    ServiceEditorWindow* open(ServiceEditorWindow::Mode mode, bool withContactManager = true)
+    {
+        auto w = new ServiceEditorWindow(mode, withContactManager ? &m->host.session : nullptr, nullptr);
+        w->Form_Load();
+        w->show();
+        return w;
+    }
+    QString preset(const QString& stem) { return m->serviceFile(stem); }
+
+private slots:
+    void init()
+    {
+        m = std::make_unique<test::WindowFixture>();
+        m_beeps = 0;
+        SetValidationBeep([this] { ++m_beeps; });
+    }
+    void cleanup()
+    {
+        SetValidationBeep(nullptr);
+        m.reset();
+    }
+
+    // A new phone service with a phone-format row, saved over an older file of the name without a question.
+    void newServiceReplacesWithoutAsking()
+    {
+        m->host.home.write(u"Presets/Postal codes 2~1.isf"_s, "[Settings]\r\nOld=1\r\n");
+        QPointer<ServiceEditorWindow> w = open(ServiceEditorWindow::Mode::New);
+        QCOMPARE(w->objectName(), u"frmNew"_s);
+        QCOMPARE(w->windowTitle(), u"New Service"_s);
+        typeInto(edit(w, u"txtName"_s), u"Postal codes 2.1"_s);
+        typeInto(edit(w, u"txtURL"_s), u"example.org/pc?lang=en"_s);
+        QVERIFY(control<QLabel>(w, u"lblUrlHint"_s)->isVisible());
+        QTest::mouseClick(control<QRadioButton>(w, u"optType(1)"_s), Qt::LeftButton);
+        QVERIFY(!control(w, u"lbl1(0)"_s)->isVisible());
+        QCOMPARE(control(w, u"lblField(0)"_s)->x(), 17);
+
+        choose(fieldBox(w, 8), u"->Phone Numbers"_s);
+        QCOMPARE(fieldBox(w, 8)->width(), 132);
+        QLineEdit* format = edit(w, u"txtPhoneFormat(8)"_s);
+        QVERIFY(format->isVisible());
+        QTest::keyClicks(format, u"1,2x,3"_s);
+        QCOMPARE(format->text(), u"1,2,3"_s);
+        QCOMPARE(m_beeps, 1);
+        QTest::keyClick(format, Qt::Key_Backspace);
+        QTest::keyClicks(format, u"4"_s);
+        QCOMPARE(format->text(), u"1,2,4"_s);
+        // The heading follows the row chosen last, though row 8 keeps its box.
+        choose(fieldBox(w, 9), u"User 1"_s);
+        QVERIFY(!control(w, u"lblPhoneFormat"_s)->isVisible());
+        QVERIFY(format->isVisible());
+        QCOMPARE(fieldBox(w, 9)->width(), 184);
+
+        typeInto(edit(w, u"txtVar(0)"_s), u"name"_s);
+        typeInto(edit(w, u"txtVar(5)"_s), u"&pcode"_s);
+        typeInto(edit(w, u"txtCustom(8)"_s), u"Phone"_s);
+        QVERIFY(control(w, u"imgPoint(0)"_s)->isVisible());
+        QVERIFY(!control(w, u"imgPoint(1)"_s)->isVisible());
+        QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
+
+        QTRY_VERIFY(w.isNull());
+        QVERIFY(m->prompter->prompts().isEmpty());
+        QCOMPARE(test::TestHome::read(preset(u"Postal codes 2~1"_s)),
+                 serviceBytes(u"Name=Postal codes 2~1|URL=example.org/pc?lang=en|Base=1|CountryFile=|DefaultCountry=|"
+                              "F0=26|F1=25|F2=27|F3=30|F4=31|F5=32|F6=33|F7=0|F8=888|PhFormat8=1,2,4|F9=80|"
+                              "V0=name|V1=|V2=|V3=|V4=|V5=&pcode|V6=|V7=|V8=|V9=|L7=Custom1|L8=Phone|L9=Custom3"_s));
+    }
+
+    // Loading shows the stored rows (dots in the name again); a type switch throws unsaved row edits away; the
+    // save renames by its stored name, or keeps a file that was renamed by hand.
+    void editAndRename_data()
+    {
+        QTest::addColumn<QString>("stem");
+        QTest::addColumn<QString>("storedName");
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("newName");
+        QTest::addColumn<QString>("savedStem");
+        QTest::newRow("renamed") << u"Maps~1"_s << u"Maps~1"_s << u"Maps.1"_s << u"Atlas.2"_s << u"Atlas~2"_s;
+        QTest::newRow("same name") << u"Maps"_s << u"Maps"_s << u"Maps"_s << u"Maps"_s << u"Maps"_s;
+        QTest::newRow("file renamed by hand") << u"Hand"_s << u"Other"_s << u"Hand"_s << u"New"_s << u"Hand"_s;
+    }
+
+    void editAndRename()
+    {
+        QFETCH(QString, stem);
+        QFETCH(QString, storedName);
+        QFETCH(QString, shown);
+        QFETCH(QString, newName);
+        QFETCH(QString, savedStem);
+        test::writeService(m->host.home,
+                           u"Name="_s + storedName
+                               + u"|URL=x.org/?|Base=1|CountryFile=c.ini|DefaultCountry=CA|Author=me|"
+                                 "F0=26|F1=25|F2=0|F3=30|F4=0|F5=0|F6=0|F7=0|F8=888|PhFormat8=4,5|F9=0|V3=city|L8=Tel"_s,
+                           stem);
+        QPointer<ServiceEditorWindow> w = open(ServiceEditorWindow::Mode::Edit);
+        QCOMPARE(w->windowTitle(), u"Edit a service"_s);
+        auto presets = control<QComboBox>(w, u"cboPresets"_s);
+        choose(presets, shown);
+        QCOMPARE(edit(w, u"txtName"_s)->text(), storedName.replace(u'~', u'.'));
+        QVERIFY(control<QRadioButton>(w, u"optType(1)"_s)->isChecked());
+        QCOMPARE(fieldBox(w, 3)->currentText(), u"City"_s);
+        QCOMPARE(fieldBox(w, 8)->currentText(), u"->Phone Numbers"_s);
+        QVERIFY(edit(w, u"txtPhoneFormat(8)"_s)->isVisible());
+        QCOMPARE(edit(w, u"txtPhoneFormat(8)"_s)->text(), u"4,5"_s);
+        QCOMPARE(edit(w, u"txtCustom(8)"_s)->text(), u"Tel"_s);
+
+        typeInto(edit(w, u"txtVar(3)"_s), u"town"_s);
+        choose(fieldBox(w, 3), u"Zip"_s);
+        QTest::mouseClick(control<QRadioButton>(w, u"optType(2)"_s), Qt::LeftButton);
+        QTest::mouseClick(control<QRadioButton>(w, u"optType(1)"_s), Qt::LeftButton);
+        QCOMPARE(edit(w, u"txtVar(3)"_s)->text(), u"city"_s);
+        QCOMPARE(fieldBox(w, 3)->currentText(), u"City"_s);
+
+        typeInto(edit(w, u"txtName"_s), newName);
+        QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
+        QTRY_VERIFY(w.isNull());
+        QCOMPARE(QDir(PresetsDir()).entryList({u"*.isf"_s}).filter(savedStem), QStringList{savedStem + u".isf"_s});
+        if (savedStem != stem)
+            QVERIFY(!QFileInfo::exists(preset(stem)));
+        const QString saved = preset(savedStem);
+        QCOMPARE(ServiceSetting(saved, u"Name"_s), newName.replace(u'.', u'~'));
+        QCOMPARE(ServiceSetting(saved, u"Author"_s), u"me"_s);
+        QCOMPARE(ServiceSetting(saved, u"CountryFile"_s), u"c.ini"_s);
+        QCOMPARE(ServiceSetting(saved, u"DefaultCountry"_s), u"CA"_s);
+        QCOMPARE(ServiceSetting(saved, u"F8"_s), u"888"_s);
+        QCOMPARE(ServiceSetting(saved, u"PhFormat8"_s), u"4,5"_s);
+    }
+
+    void cancelWritesNothing()
+    {
+        const QString file = test::writeService(m->host.home, u"Name=Keep|URL=x.org/?|Base=0|V0=a"_s, u"Keep"_s);
+        const QByteArray before = test::TestHome::read(file);
+        QPointer<ServiceEditorWindow> w = open(ServiceEditorWindow::Mode::Edit);
+        choose(control<QComboBox>(w, u"cboPresets"_s), u"Keep"_s);
+        typeInto(edit(w, u"txtName"_s), u"Changed"_s);
+        typeInto(edit(w, u"txtVar(0)"_s), u"b"_s);
+        QTest::mouseClick(control<QPushButton>(w, u"cmdCancel"_s), Qt::LeftButton);
+        QTRY_VERIFY(w.isNull());
+        QCOMPARE(test::TestHome::read(file), before);
+        QCOMPARE(QDir(PresetsDir()).entryList({u"Changed*"_s}), QStringList());
+    }
+
+    // The dialog reads the edited service's file and writes it at OK, before and whatever the editor's own save;
+    // from a new service it starts empty every time and leaves the writing to the save.
+    void countryDialog_data()
+    {
+        QTest::addColumn<bool>("editing");
+        QTest::newRow("new service") << false;
+        QTest::newRow("installed service") << true;
+    }
+
+    void countryDialog()
+    {
+        QFETCH(bool, editing);
+        const QString file = test::writeService(m->host.home, u"Name=Geo|URL=x.org/?|Base=0|CountryFile=old.ini|"
+                                                              "DefaultCountry=US"_s,
+                                                u"Geo"_s);
+        QPointer<ServiceEditorWindow> w = open(editing ? ServiceEditorWindow::Mode::Edit : ServiceEditorWindow::Mode::New);
+        if (editing)
+            choose(control<QComboBox>(w, u"cboPresets"_s), u"Geo"_s);
+        else
+            typeInto(edit(w, u"txtName"_s), u"Geo"_s);
+
+        auto openDialog = [&] {
+            QTest::mouseClick(control<QPushButton>(w, u"cmdCountry"_s), Qt::LeftButton);
+            return QPointer<CountryDialog>(w->findChild<CountryDialog*>(u"frmCountry"_s));
+        };
+        QPointer<CountryDialog> dialog = openDialog();
+        QVERIFY(dialog && dialog->isModal());
+        QCOMPARE(dialog->windowTitle(), u"Countries file"_s);
+        QCOMPARE(edit(dialog, u"txtFile"_s)->text(), editing ? u"old.ini"_s : QString());
+        QCOMPARE(edit(dialog, u"txtDefault"_s)->text(), editing ? u"US"_s : QString());
+        m->prompter->scriptFileName(ProgramFolder::join(ProgramFolder::path(), u"sub/Countries-EU.ini"_s));
+        QTest::mouseClick(control<QPushButton>(dialog, u"cmdBrowse"_s), Qt::LeftButton);
+        QCOMPARE(edit(dialog, u"txtFile"_s)->text(), u"sub/Countries-EU.ini"_s);
+        typeInto(edit(dialog, u"txtDefault"_s), u"FR"_s);
+        QTest::mouseClick(control<QPushButton>(dialog, u"cmdOK"_s), Qt::LeftButton);
+        QTRY_VERIFY(dialog.isNull());
+        QCOMPARE(ServiceSetting(file, u"CountryFile"_s), editing ? u"sub/Countries-EU.ini"_s : u"old.ini"_s);
+
+        // Opened again, the new service's dialog shows nothing; cancelled, it keeps what the window holds.
+        dialog = openDialog();
+        QCOMPARE(edit(dialog, u"txtFile"_s)->text(), editing ? u"sub/Countries-EU.ini"_s : QString());
+        typeInto(edit(dialog, u"txtFile"_s), u"ignored.ini"_s);
+        QTest::keyClick(dialog, Qt::Key_Escape);
+        QTRY_VERIFY(dialog.isNull());
+
+        if (editing)
+            QTest::mouseClick(control<QPushButton>(w, u"cmdCancel"_s), Qt::LeftButton);
+        else
+            QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
+        QTRY_VERIFY(w.isNull());
+        QCOMPARE(ServiceSetting(file, u"CountryFile"_s), u"sub/Countries-EU.ini"_s);
+        QCOMPARE(ServiceSetting(file, u"DefaultCountry"_s), u"FR"_s);
+    }
+
+    // Without a contact manager the rows offer the program's own fields and say why; a stored field the list
+    // does not offer stays in the file.
+    void withoutContactManager()
+    {
+        const QString file =
+            test::writeService(m->host.home, u"Name=Alone|URL=x.org/?|Base=0|F0=26|F1=778|F7=80"_s, u"Alone"_s);
+        QPointer<ServiceEditorWindow> w = open(ServiceEditorWindow::Mode::Edit, false);
+        QVERIFY(control<QLabel>(w, u"lblFieldsNote"_s)->isVisible());
+        QVERIFY(control<QLabel>(w, u"lblFieldsNote"_s)->text().contains(u"not running"_s));
+        choose(control<QComboBox>(w, u"cboPresets"_s), u"Alone"_s);
+        QComboBox* contact = fieldBox(w, 0);
+        QCOMPARE(contact->count(), 4);
+        QCOMPARE(contact->currentIndex(), -1);
+        QCOMPARE(fieldBox(w, 1)->currentText(), u"->Address w/o Street number"_s);
+        typeInto(edit(w, u"txtVar(0)"_s), u"who"_s);
+        QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
+        QTRY_VERIFY(w.isNull());
+        QCOMPARE(ServiceSetting(file, u"F0"_s), u"26"_s);
+        QCOMPARE(ServiceSetting(file, u"F7"_s), u"80"_s);
+        QCOMPARE(ServiceSetting(file, u"V0"_s), u"who"_s);
+        QVERIFY(m->prompter->prompts().isEmpty());
+    }
+
+    // The menus open the editor on the pressed service; a save shows at once, and a renamed service stays on its
+    // button. The preview line shows what GO would send for the contact on screen.
+    void mainWindowFollowsTheSave()
+    {
+        MainWindow& main = m->start();
+        m->press(0);
+        const QString original = main.currentServiceFile();
+        main.findChild<QAction*>(u"mnuPopupSettings"_s)->trigger();
+        QPointer<ServiceEditorWindow> w = main.serviceEditor();
+        QVERIFY(w && w->isVisible() && w->isModal());
+        QCOMPARE(control<QComboBox>(w, u"cboPresets"_s)->currentText(), test::kShippedButtons[0]);
+        QVERIFY(control<QLabel>(w, u"lblFieldsNote"_s)->isHidden());
+        QVERIFY(edit(w, u"txtPreview"_s)->text().contains(u"Montreal"_s));
+        typeInto(edit(w, u"txtVar(3)"_s), u"ville"_s);
+        QVERIFY(edit(w, u"txtPreview"_s)->text().contains(u"ville=Montreal"_s));
+        typeInto(edit(w, u"txtName"_s), u"OSM.map"_s);
+        typeInto(edit(w, u"txtCustom(7)"_s), u"Extra"_s);
+        QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
+        QTRY_VERIFY(w.isNull());
+
+        QVERIFY(!QFileInfo::exists(original));
+        QCOMPARE(main.currentServiceFile(), m->serviceFile(u"OSM~map"_s));
+        QCOMPARE(m->serviceButton(0)->text(), u"OSM.map"_s);
+        QVERIFY(m->serviceButton(0)->isChecked());
+        QCOMPARE(GetKeyValue(u"Buttons"_s, u"1"_s, {}, {}, {}, SettingsFilePath()), u"OSM~map"_s);
+        QCOMPARE(main.findChild<QLabel*>(u"lblField(7)"_s)->text(), u"Extra"_s);
+
+        main.findChild<QAction*>(u"mnuSettings"_s)->trigger();
+        QCOMPARE(main.serviceEditor()->objectName(), u"frmNew"_s);
+    }
+
+    // GO on a service whose country file is missing says so and opens the editor on it, which brings the
+    // country dialog about a second later; nothing is sent.
+    void goOpensTheCountryDialog()
+    {
+        MainWindow& main = m->start();
+        m->putOnButton(1, u"Lost"_s, u"URL=x.org/?|Base=0|CountryFile=missing.ini|"_s + test::kRows);
+        main.servicesPanel().refreshCaptions();
+        m->press(1);
+        main.cmdGO_Click();
+        QCOMPARE(m->prompter->texts(), QStringList{kMissingCountryFileMessage});
+        QVERIFY(m->launcher->opened().isEmpty());
+        ServiceEditorWindow* w = main.serviceEditor();
+        QVERIFY(w);
+        QCOMPARE(w->objectName(), u"frmEdit"_s);
+        QCOMPARE(control<QComboBox>(w, u"cboPresets"_s)->currentText(), u"Lost"_s);
+        QVERIFY(!w->findChild<CountryDialog*>());
+        QTRY_VERIFY_WITH_TIMEOUT(w->findChild<CountryDialog*>(), 3000);
+        QCOMPARE(edit(w->findChild<CountryDialog*>(), u"txtFile"_s)->text(), u"missing.ini"_s);
+    }
+};
+
+QTEST_MAIN(TestServiceEditor)
+#include "tst_serviceeditor.moc"
