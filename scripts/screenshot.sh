@@ -5,7 +5,7 @@
 # server (scripts/x11-session.sh): a fresh sample database, a fresh program folder seeded by the add-on itself and
 # fresh preferences, so the picture is what a first run looks like. Nothing of the user's is read or written.
 # A second picture, OUT with "-grab" before its extension, shows a grab of several lines from Firefox ESR with the
-# Smart Data Collector open beside the add-on.
+# Smart Data Collector open beside the add-on, and a third, with "-editor", the service editor on the pressed service.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build="${BUILD_DIR:-build}"
@@ -69,6 +69,15 @@ picture() {
     echo "screenshot: $1"
 }
 picture "$out"
+
+# Edit > Edit a Service... (the first item that can be chosen) on the pressed service, then closed again.
+xdotool windowactivate --sync "$addon"
+xdotool key --clearmodifiers alt+e Return
+editor="$(window '^Edit a service$')"
+[ -n "$editor" ] || { echo "screenshot: the service editor did not appear" >&2; exit 1; }
+xdotool windowmove --sync "$editor" 24 24
+picture "${out%.*}-editor.${out##*.}"
+xdotool windowactivate --sync "$editor" key --clearmodifiers Escape
 
 # A result page in the browser with a few lines selected, as a user leaves it before pressing Grab.
 command -v firefox-esr >/dev/null || { echo "screenshot: firefox-esr is missing, no grab picture" >&2; exit 0; }
