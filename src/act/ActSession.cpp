@@ -235,6 +235,48 @@ bool ActSession::hasPopupList(const QString& fieldId, std::source_location at)
     return asBool(call(m_contactFields, QStringLiteral("HasPopupList"), {fieldId}, at), at);
 }
 
+void ActSession::createAuxCommands(AutomationBackend& backend, std::source_location at)
+{
+    m_auxCommands = create(backend, kProgIdAuxCommands, at);
+}
+
+bool ActSession::auxCommandExists(const QString& name, std::source_location at)
+{
+    return asBool(call(m_auxCommands, QStringLiteral("AuxCommandExists"), {name}, at), at);
+}
+
+qint32 ActSession::addAuxCommand(const AuxCommand& c, std::source_location at)
+{
+    return asLong(call(m_auxCommands, QStringLiteral("AddAuxCommand"),
+                       {c.name, c.program, c.folder, c.title, c.hint, c.smallIcon, c.largeIcon, c.flags}, at),
+                  at);
+}
+
+bool ActSession::auxCommandInToolbar(const QString& name, qint16 view, std::source_location at)
+{
+    return asBool(call(m_auxCommands, QStringLiteral("AuxCommandExistsInToolbar"), {name, QVariant::fromValue(view)}, at),
+                  at);
+}
+
+bool ActSession::auxCommandInToolsMenu(const QString& name, qint16 view, std::source_location at)
+{
+    return asBool(
+        call(m_auxCommands, QStringLiteral("AuxCommandExistsInToolsMenu"), {name, QVariant::fromValue(view)}, at), at);
+}
+
+void ActSession::placeAuxCommandInToolbar(const QString& name, qint16 view, bool placed, std::source_location at)
+{
+    call(m_auxCommands, placed ? QStringLiteral("AddAuxCommandToToolbar") : QStringLiteral("RemoveAuxCommandFromToolbar"),
+         {name, QVariant::fromValue(view)}, at);
+}
+
+void ActSession::placeAuxCommandInToolsMenu(const QString& name, qint16 view, bool placed, std::source_location at)
+{
+    call(m_auxCommands,
+         placed ? QStringLiteral("AddAuxCommandToToolsMenu") : QStringLiteral("RemoveAuxCommandFromToolsMenu"),
+         {name, QVariant::fromValue(view)}, at);
+}
+
 bool ActSession::isDatabaseOpen(std::source_location at)
 {
     return asLong(call(m_events, kEventMemberDatabaseOpen, {qint32(0)}, at), at) >= 1;

@@ -102,6 +102,31 @@ public:
     QString label(const QString& fieldId, std::source_location at = std::source_location::current());
     bool hasPopupList(const QString& fieldId, std::source_location at = std::source_location::current());
 
+    // The auxiliary commands: programs the contact manager offers as toolbar buttons and Tools-menu entries, per
+    // view 1 to 6. The object is made by createAuxCommands; every other call raises 91 until then.
+    struct AuxCommand {
+        QString name;
+        QString program;
+        QString folder;
+        QString title;
+        QString hint;
+        QString smallIcon;
+        QString largeIcon;
+        qint32 flags = 1;
+    };
+    void createAuxCommands(AutomationBackend& backend, std::source_location at = std::source_location::current());
+    bool auxCommandExists(const QString& name, std::source_location at = std::source_location::current());
+    // Answers 0 on success.
+    qint32 addAuxCommand(const AuxCommand& command, std::source_location at = std::source_location::current());
+    bool auxCommandInToolbar(const QString& name, qint16 view,
+                             std::source_location at = std::source_location::current());
+    bool auxCommandInToolsMenu(const QString& name, qint16 view,
+                               std::source_location at = std::source_location::current());
+    void placeAuxCommandInToolbar(const QString& name, qint16 view, bool placed,
+                                  std::source_location at = std::source_location::current());
+    void placeAuxCommandInToolsMenu(const QString& name, qint16 view, bool placed,
+                                    std::source_location at = std::source_location::current());
+
     // The event control, by its dispatch numbers 1, 2 and 3.
     bool isDatabaseOpen(std::source_location at = std::source_location::current());
     void detach(std::source_location at = std::source_location::current());
@@ -114,6 +139,7 @@ private:
     AutomationPtr m_contactFields;
     AutomationPtr m_views;
     AutomationPtr m_events;
+    AutomationPtr m_auxCommands;
     AutomationPtr m_fieldSource;
     AutomationPtr m_listView;
     std::optional<qint32> m_gridRow;

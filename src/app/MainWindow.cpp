@@ -15,6 +15,8 @@
 #include "grab/DesktopFactory.h"
 #include "grab/SelectionOnlyDesktop.h"
 #include "grab/SmartParserWindow.h"
+#include "integration/IntegrateWindow.h"
+#include "prefs/PreferencesWindow.h"
 #include "request/TextTransforms.h"
 #include "prefs/Preferences.h"
 #include "request/Go.h"
@@ -265,7 +267,7 @@ void MainWindow::buildMenus()
     };
     // The menu titles take Alt with their first letter; the items keep their captions exactly as users know them
     // and are reached in an open menu by their first letter or the arrows.
-    // The windows of these items (Manage Services, Preferences, the integration) are not there yet.
+    // The window of this item (Manage Services) is not there yet.
     auto notYet = [](QAction* action) { action->setEnabled(false); };
 
     QMenu* file = addMenu("mnuServices", tr("&File"));
@@ -292,8 +294,10 @@ void MainWindow::buildMenus()
             &MainWindow::mnuLoadAll_Click);
 
     QMenu* options = addMenu("mnuOptions", tr("&Options"));
-    notYet(addItem(options, "mnuIntegrate", QStringLiteral("Integrate with ACT!...")));
-    notYet(addItem(options, "mnuPreferences", QStringLiteral("Preferences...")));
+    connect(addItem(options, "mnuIntegrate", QStringLiteral("Integrate with ACT!...")), &QAction::triggered, this,
+            &MainWindow::mnuIntegrate_Click);
+    connect(addItem(options, "mnuPreferences", QStringLiteral("Preferences...")), &QAction::triggered, this,
+            &MainWindow::mnuPreferences_Click);
 
     QMenu* help = addMenu("mnuHelp", tr("&Help"));
     connect(addItem(help, "mnuOnline", QStringLiteral("Online Help")), &QAction::triggered, this,
@@ -612,6 +616,30 @@ void MainWindow::serviceSaved(const QString& file, const QString& previousFile)
         if (m_panel->pressedButton() >= 0 && currentServiceFile() == file)
             onServiceSelected();
     });
+}
+
+void MainWindow::mnuPreferences_Click()
+{
+    auto window = new PreferencesWindow(this);
+    window->setWindowFlag(Qt::WindowStaysOnTopHint);
+    connect(window, &PreferencesWindow::applied, this, [this] {
+        Refresh_Colors();
+        Refresh_Labels();
+    });
+    window->Form_Load();
+    window->show();
+}
+
+void MainWindow::mnuIntegrate_Click()
+{
+    auto window = new IntegrateWindow(m_session, m_backend, this);
+    window->setWindowFlag(Qt::WindowStaysOnTopHint);
+    connect(window, &IntegrateWindow::restartRequested, this, [this] {
+        m_follower.RestartPending = true;
+        close();
+    });
+    window->Form_Load();
+    window->show();
 }
 
 void MainWindow::mnuClearAll_Click()

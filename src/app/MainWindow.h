@@ -76,6 +76,8 @@ public:
     void mnuClearAll_Click();
     void mnuLoadAll_Click();
     void mnuSettings_Click();
+    void mnuPreferences_Click();
+    void mnuIntegrate_Click();
     void mnuEdit_Click();
     void mnuOnline_Click();
     void mnuInstructions_Click();

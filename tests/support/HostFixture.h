@@ -12,6 +12,7 @@
 #include "support/RequestSupport.h"
 #include "support/TestHome.h"
 
+#include <QHash>
 #include <QMap>
 #include <QTest>
 #include <memory>
@@ -42,6 +43,7 @@ public:
 
     QStringList calls;
     int budget = -1; // calls left; -1: no limit
+    QHash<QString, QVariant> answers; // members answered here, as a contact manager that misbehaves would
 
 private:
     struct Object : AutomationObject {
@@ -50,6 +52,8 @@ private:
         QVariant invoke(const QString& member, const QVariantList& args) override
         {
             backend->calls << member;
+            if (backend->answers.contains(member))
+                return backend->answers.value(member);
             if (backend->budget == 0)
                 throw Error(ErrorNumber::AutomationError);
             if (backend->budget > 0)
