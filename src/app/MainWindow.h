@@ -76,6 +76,8 @@ public:
     void mnuLoadAll_Click();
     void mnuOnline_Click();
     void mnuInstructions_Click();
+    // Opens frmManage, "Download New Services".
+    void mnuManage_Click();
 
     // Grab: the browser's selection (or, while the Smart Data Collector is open, its current line) into box Index.
     void cmdGrab_Click(int Index);
