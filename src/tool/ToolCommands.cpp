@@ -355,10 +355,21 @@ void printFailure(const ServerFailure& failure, Output io)
     io.err << "\n";
 }
 
-// A service named on the command line by its display name or its file name, as its shown name.
+// A service named on the command line by its display name or its file name, as its shown name; "" when the
+// name is a path or cannot be a file of the Presets folder, not even when its last part would be one.
 QString shownName(const QString& name)
 {
-    return name.endsWith(QLatin1String(".isf")) ? DisplayName(FileStem(name)) : name;
+    if (name.contains(QLatin1Char('/')) || name.contains(QLatin1Char('\\')))
+        return QString();
+    const QString shown = name.endsWith(QLatin1String(".isf")) ? DisplayName(FileStem(name)) : name;
+    return IsPlainName(ServiceFileName(shown)) ? shown : QString();
+}
+
+bool isServiceName(const QString& shown, const QString& name, Output io)
+{
+    if (shown.isEmpty())
+        io.err << "corvalent-tool: \"" << name << "\" is not a service name\n";
+    return !shown.isEmpty();
 }
 
 int downloadList(ServiceServer& server, Output io)
@@ -384,12 +395,11 @@ int downloadGet(ServiceServer& server, const QStringList& names, bool replace, O
     bool failed = false;
     for (const QString& name : names) {
         const QString shown = shownName(name);
-        const QString fileName = ServiceFileName(shown);
-        if (!IsPlainName(fileName)) {
-            io.err << "corvalent-tool: \"" << name << "\" is not a service name\n";
+        if (!isServiceName(shown, name, io)) {
             failed = true;
             continue;
         }
+        const QString fileName = ServiceFileName(shown);
         if (!replace && FolderFileExists(ServiceFilePath(presets, shown))) {
             io.err << "corvalent-tool: " << shown << " is installed already and was left as it is (--replace "
                    << "replaces it)\n";
@@ -416,7 +426,9 @@ int downloadDelete(const QStringList& names, Output io)
     bool failed = false;
     for (const QString& name : names) {
         const QString shown = shownName(name);
-        if (DeleteInstalledService(presets, shown)) {
+        if (!isServiceName(shown, name, io)) {
+            failed = true;
+        } else if (DeleteInstalledService(presets, shown)) {
             io.out << "deleted " << shown << "\n";
         } else {
             io.err << "corvalent-tool: could not delete " << shown << " (looked for "
