@@ -4,10 +4,12 @@
 #include "WindowFixture.h"
 
 #include "common/Error.h"
+#include "download/ManageWindow.h"
 
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QListWidget>
 #include <QRadioButton>
 
 using namespace corvalent;
@@ -303,7 +305,7 @@ private slots:
     {
         MainWindow& w = m->start();
         auto item = [&](const char* name) { return w.findChild<QAction*>(QLatin1String(name)); };
-        for (const char* name : {"mnuSettings", "mnuManage", "mnuUndo", "mnuEdit", "mnuIntegrate", "mnuPreferences",
+        for (const char* name : {"mnuSettings", "mnuUndo", "mnuEdit", "mnuIntegrate", "mnuPreferences",
                                  "mnuPopupSettings"})
             QVERIFY2(!item(name)->isEnabled(), name);
         QCOMPARE(item("mnuSettings")->text(), u"New Service..."_s);
@@ -323,6 +325,16 @@ private slots:
         QCOMPARE(m->launcher->opened().size(), 1);
         QCOMPARE(m->prompter->prompts().size(), 1);
         QVERIFY(m->prompter->prompts()[0].text.contains(u"Corvalent_manual.pdf"_s));
+
+        // Manage Services opens frmManage over this window, on the server of the preferences.
+        SaveSetting(kServicesServerKey, u"ftp://services.example.org/"_s);
+        item("mnuManage")->trigger();
+        auto* manage = w.findChild<ManageWindow*>(u"frmManage"_s);
+        QVERIFY(manage && manage->isVisible() && manage->isModal());
+        QCOMPARE(manage->manage().serverUrl(), u"ftp://services.example.org/"_s);
+        QCOMPARE(manage->findChild<QListWidget*>(u"lstPresets"_s)->findItems(u"OpenCorporates"_s, Qt::MatchExactly)
+                     .size(),
+                 1);
     }
 };
 
