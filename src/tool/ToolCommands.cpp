@@ -365,11 +365,19 @@ QString shownName(const QString& name)
     return IsPlainName(ServiceFileName(shown)) ? shown : QString();
 }
 
-bool isServiceName(const QString& shown, const QString& name, Output io)
+// Runs `one` for each service named on the command line, all of them even when some fail; answers kFailed
+// when a name was no service name or `one` failed for it.
+int forEachService(const QStringList& names, Output io, const std::function<bool(const QString& shown)>& one)
 {
-    if (shown.isEmpty())
-        io.err << "corvalent-tool: \"" << name << "\" is not a service name\n";
-    return !shown.isEmpty();
+    bool failed = false;
+    for (const QString& name : names) {
+        const QString shown = shownName(name);
+        if (shown.isEmpty())
+            io.err << "corvalent-tool: \"" << name << "\" is not a service name\n";
+        if (shown.isEmpty() || !one(shown))
+            failed = true;
+    }
+    return failed ? kFailed : kOk;
 }
 
 int downloadList(ServiceServer& server, Output io)
@@ -392,51 +400,39 @@ int downloadList(ServiceServer& server, Output io)
 int downloadGet(ServiceServer& server, const QStringList& names, bool replace, Output io)
 {
     const QString presets = PresetsDir();
-    bool failed = false;
-    for (const QString& name : names) {
-        const QString shown = shownName(name);
-        if (!isServiceName(shown, name, io)) {
-            failed = true;
-            continue;
-        }
-        const QString fileName = ServiceFileName(shown);
+    return forEachService(names, io, [&](const QString& shown) {
         if (!replace && FolderFileExists(ServiceFilePath(presets, shown))) {
             io.err << "corvalent-tool: " << shown << " is installed already and was left as it is (--replace "
                    << "replaces it)\n";
-            continue;
+            return true;
         }
+        const QString fileName = ServiceFileName(shown);
         const ServerAnswer answer = await(server, [&] { server.fetch(fileName); });
-        QString problem;
         if (answer.failure) {
             printFailure(*answer.failure, io);
-        } else if (problem = InstallServiceFile(presets, fileName, answer.bytes); !problem.isEmpty()) {
-            io.err << "corvalent-tool: " << problem << "\n";
-        } else {
-            io.out << "installed " << shown << "\n";
-            continue;
+            return false;
         }
-        failed = true;
-    }
-    return failed ? kFailed : kOk;
+        if (const QString problem = InstallServiceFile(presets, fileName, answer.bytes); !problem.isEmpty()) {
+            io.err << "corvalent-tool: " << problem << "\n";
+            return false;
+        }
+        io.out << "installed " << shown << "\n";
+        return true;
+    });
 }
 
 int downloadDelete(const QStringList& names, Output io)
 {
     const QString presets = PresetsDir();
-    bool failed = false;
-    for (const QString& name : names) {
-        const QString shown = shownName(name);
-        if (!isServiceName(shown, name, io)) {
-            failed = true;
-        } else if (DeleteInstalledService(presets, shown)) {
-            io.out << "deleted " << shown << "\n";
-        } else {
+    return forEachService(names, io, [&](const QString& shown) {
+        if (!DeleteInstalledService(presets, shown)) {
             io.err << "corvalent-tool: could not delete " << shown << " (looked for "
                    << ServiceFilePath(presets, shown) << ")\n";
-            failed = true;
+            return false;
         }
-    }
-    return failed ? kFailed : kOk;
+        io.out << "deleted " << shown << "\n";
+        return true;
+    });
 }
 
 } // namespace
