@@ -83,14 +83,16 @@ class TestManageWindow : public QObject {
         texts.sort();
         return texts;
     }
-    void checkPrompts(const QStringList& patterns)
+    void checkPrompts(QStringList patterns, bool anyOrder = false)
     {
-        QStringList asked;
-        for (const auto& p : m_prompter->prompts())
-            asked << u"%1 %2: %3"_s.arg(p.style).arg(p.caption, p.text);
-        QCOMPARE(asked.size(), patterns.size());
-        for (int i = 0; i < patterns.size(); ++i)
-            QVERIFY2(QRegularExpression(patterns[i]).match(asked[i]).hasMatch(), qPrintable(asked[i]));
+        QCOMPARE(m_prompter->prompts().size(), patterns.size());
+        for (const auto& p : m_prompter->prompts()) {
+            const QString asked = u"%1 %2: %3"_s.arg(p.style).arg(p.caption, p.text);
+            const auto match = [&](const QString& pattern) { return QRegularExpression(pattern).match(asked).hasMatch(); };
+            const auto found = anyOrder ? std::find_if(patterns.begin(), patterns.end(), match) : patterns.begin();
+            QVERIFY2(found != patterns.end() && match(*found), qPrintable(asked));
+            patterns.erase(found);
+        }
     }
 
 private slots:
@@ -127,20 +129,13 @@ private slots:
                              .arg(name),
                          replaceStyle);
         };
-        QTest::newRow("new, named with ~")
-            << QStringList() << QStringList{postal} << QList<int>()
-            << QStringList{installed(postal)}
-            << QStringList{postal} << QStringList{postalFile};
-        QTest::newRow("replace: yes")
-            << QStringList{postalFile} << QStringList{postal} << QList<int>{Prompter::Yes}
-            << QStringList{replace(postal),
-                           installed(postal)}
-            << QStringList{postal} << QStringList{postalFile};
+        QTest::newRow("replace: yes") << QStringList{postalFile} << QStringList{postal} << QList<int>{Prompter::Yes}
+                                      << QStringList{replace(postal), installed(postal)} << QStringList{postal}
+                                      << QStringList{postalFile};
         QTest::newRow("replace: no, and on with the next")
             << QStringList{postalFile} << QStringList{yellow, postal} << QList<int>{Prompter::No}
-            << QStringList{replace(postal),
-                           installed(yellow)}
-            << QStringList{postal, yellow} << QStringList{u"Yellow pages.isf"_s};
+            << QStringList{replace(postal), installed(yellow)} << QStringList{postal, yellow}
+            << QStringList{u"Yellow pages.isf"_s};
     }
     void install()
     {
@@ -158,10 +153,10 @@ private slots:
         // The server's order is the list's; pick them in the order given, the list installs from the top.
         pick(u"lstFiles"_s, picked);
         click(u"cmdGet"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(!m_window->manage().busy(), 20000);
 
+        // In the server's order, which is the folder's own there.
         QFETCH(QStringList, prompts);
-        checkPrompts(prompts);
+        checkPrompts(prompts, true);
         QTEST(entries(u"lstPresets"_s), "presets");
         const QStringList there = QDir(presets()).entryList(QDir::Files | QDir::Hidden);
         for (const QString& file : there) {
