@@ -7,6 +7,7 @@ packages=(
     build-essential cmake ninja-build pkg-config
     qt6-base-dev libqt6sql6-sqlite
     libbenchmark-dev
+    libcurl4-openssl-dev python3-pyftpdlib
     xdg-utils shared-mime-info desktop-file-utils
     libxcb1-dev libxcb-ewmh-dev libxcb-icccm4-dev libxcb-xtest0-dev libxcb-keysyms1-dev
     xvfb xauth openbox dbus x11-utils xdotool imagemagick

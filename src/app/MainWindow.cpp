@@ -11,6 +11,8 @@
 #include "common/ProgramTitle.h"
 #include "common/Prompter.h"
 #include "common/VbRuntime.h"
+#include "download/ManageWindow.h"
+#include "download/ServiceServer.h"
 #include "grab/AddressRecognition.h"
 #include "grab/DesktopFactory.h"
 #include "grab/SelectionOnlyDesktop.h"
@@ -19,6 +21,7 @@
 #include "prefs/PreferencesWindow.h"
 #include "request/TextTransforms.h"
 #include "prefs/Preferences.h"
+#include "prefs/SettingsFile.h"
 #include "request/Go.h"
 #include "services/ServiceCatalogue.h"
 #include "services/ServiceDefinition.h"
@@ -267,13 +270,11 @@ void MainWindow::buildMenus()
     };
     // The menu titles take Alt with their first letter; the items keep their captions exactly as users know them
     // and are reached in an open menu by their first letter or the arrows.
-    // The window of this item (Manage Services) is not there yet.
-    auto notYet = [](QAction* action) { action->setEnabled(false); };
-
     QMenu* file = addMenu("mnuServices", tr("&File"));
     connect(addItem(file, "mnuSettings", QStringLiteral("New Service...")), &QAction::triggered, this,
             &MainWindow::mnuSettings_Click);
-    notYet(addItem(file, "mnuManage", QStringLiteral("Manage Services...")));
+    connect(addItem(file, "mnuManage", QStringLiteral("Manage Services...")), &QAction::triggered, this,
+            &MainWindow::mnuManage_Click);
     file->addSeparator();
     QAction* exit = addItem(file, "mnuExit", QStringLiteral("Exit"));
     connect(exit, &QAction::triggered, this, &MainWindow::close);
@@ -663,6 +664,16 @@ void MainWindow::mnuOnline_Click()
 {
     trappedSub(QStringLiteral("frmMain: Sub mnuOnline_Click"),
                [&] { Launcher::instance().open(kOnlineHelpAddress, ProgramFolder::path()); });
+}
+
+void MainWindow::mnuManage_Click()
+{
+    trappedSub(QStringLiteral("frmMain: Sub mnuManage_Click"), [&] {
+        // Modal to this window without a nested event loop; the service lists read the Presets folder afresh
+        // whenever they are opened, so they show what it installed or deleted.
+        auto* manage = new ManageWindow(PresetsDir(), ServicesServer(), this);
+        manage->open();
+    });
 }
 
 void MainWindow::mnuInstructions_Click()

@@ -81,6 +81,8 @@ public:
     void mnuEdit_Click();
     void mnuOnline_Click();
     void mnuInstructions_Click();
+    // Opens frmManage, "Download New Services".
+    void mnuManage_Click();
 
     // Grab: the browser's selection (or, while the Smart Data Collector is open, its current line) into box Index.
     void cmdGrab_Click(int Index);

@@ -62,7 +62,8 @@ QString Prompter::effectiveCaption(const QString& caption)
 
 int MessageBoxPrompter::message(const QString& text, int style, const QString& caption)
 {
-    QMessageBox box;
+    // Over the window the user is working in (the main window stays on top of everything else).
+    QMessageBox box(QApplication::activeWindow());
     box.setWindowTitle(effectiveCaption(caption));
     // Message texts use carriage returns as line breaks.
     QString shown = text;

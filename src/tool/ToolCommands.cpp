@@ -7,6 +7,8 @@
 #include "common/Error.h"
 #include "common/ProgramFolder.h"
 #include "common/Windows1252.h"
+#include "download/InstalledServices.h"
+#include "download/ServiceServer.h"
 #include "prefs/SettingsFile.h"
 #include "request/Go.h"
 #include "request/PostPage.h"
@@ -14,9 +16,11 @@
 #include "services/ServiceCatalogue.h"
 #include "services/ServiceDefinition.h"
 
+#include <QEventLoop>
 #include <QFileInfo>
 
 #include <cstdio>
+#include <functional>
 #include <optional>
 
 namespace corvalent::tool {
@@ -28,6 +32,7 @@ namespace {
 struct Parsed {
     QStringList positional;
     QList<std::pair<QString, QString>> options;
+    QStringList flags; // options without a value that were given
     std::optional<QString> option(const QString& name) const
     {
         for (const auto& [n, v] : options) {
@@ -38,7 +43,8 @@ struct Parsed {
     }
 };
 
-std::optional<Parsed> parse(const QStringList& args, const QStringList& known, Output io)
+std::optional<Parsed> parse(const QStringList& args, const QStringList& known, Output io,
+                            const QStringList& knownFlags = {})
 {
     Parsed parsed;
     for (int i = 0; i < args.size(); ++i) {
@@ -49,6 +55,10 @@ std::optional<Parsed> parse(const QStringList& args, const QStringList& known, O
         }
         if (arg.startsWith(QLatin1String("--"))) {
             const QString name = arg.mid(2);
+            if (knownFlags.contains(name)) {
+                parsed.flags << name;
+                continue;
+            }
             if (!known.contains(name)) {
                 io.err << "corvalent-tool: unknown option " << arg << "\n";
                 return std::nullopt;
@@ -115,6 +125,9 @@ QString usage()
         "  corvalent-tool request SERVICE [--field N=TEXT]...\n"
         "  corvalent-tool services [FOLDER]\n"
         "  corvalent-tool capture SERVICE [--option business|home|custom] [--phone FIELD]\n"
+        "  corvalent-tool download list [--server URL]\n"
+        "  corvalent-tool download get NAME... [--server URL] [--replace]\n"
+        "  corvalent-tool download delete NAME...\n"
         "\n"
         "ini get/set   read or write one key with the program's own INI rules; FILE \"\" is Settings.ini\n"
         "request       print the address GO would open for SERVICE (a .isf file, or a service of the Presets\n"
@@ -125,6 +138,9 @@ QString usage()
         "              address option (default business; custom when only --phone is given) and, for custom,\n"
         "              the phone field FIELD; prints per slot its number, \"grab\" or \"nograb\" and its text,\n"
         "              tab-separated, with \\, tabs and line breaks in the text written as \\\\, \\t, \\n, \\r\n"
+        "download      list the services on the server (default: the ServicesServer preference), install\n"
+        "              them into the Presets folder (an installed one only with --replace) or delete\n"
+        "              installed ones; NAME is a service's display name or its file name\n"
         "\n"
         "Exit codes: 0 done, 1 failed (a message says why), 2 wrong command line.\n");
 }
@@ -293,6 +309,154 @@ int capture(const QStringList& args, Output io)
                << '\n';
     }
     return kOk;
+}
+
+} // namespace corvalent::tool
+
+namespace corvalent::tool {
+
+namespace {
+
+// What one request to the server brought.
+struct ServerAnswer {
+    ServerListing listing;
+    QByteArray bytes;
+    std::optional<ServerFailure> failure;
+};
+
+// Runs one request to its end. The tool has no window to keep responsive, so a local event loop waits for it;
+// the request's own time-outs bound the wait.
+ServerAnswer await(ServiceServer& server, const std::function<void()>& start)
+{
+    ServerAnswer answer;
+    QEventLoop loop;
+    QObject::connect(&server, &ServiceServer::listed, &loop, [&](const ServerListing& listing) {
+        answer.listing = listing;
+        loop.quit();
+    });
+    QObject::connect(&server, &ServiceServer::fetched, &loop, [&](const QString&, const QByteArray& bytes) {
+        answer.bytes = bytes;
+        loop.quit();
+    });
+    QObject::connect(&server, &ServiceServer::failed, &loop, [&](const ServerFailure& failure) {
+        answer.failure = failure;
+        loop.quit();
+    });
+    start();
+    loop.exec();
+    return answer;
+}
+
+void printFailure(const ServerFailure& failure, Output io)
+{
+    io.err << "corvalent-tool: " << failure.function << " Err: " << failure.text;
+    if (failure.responseCode > 0)
+        io.err << " (the server said: " << failure.responseCode << ' ' << failure.responseText << ")";
+    io.err << "\n";
+}
+
+// A service named on the command line by its display name or its file name, as its shown name; "" when the
+// name is a path or cannot be a file of the Presets folder, not even when its last part would be one.
+QString shownName(const QString& name)
+{
+    if (name.contains(QLatin1Char('/')) || name.contains(QLatin1Char('\\')))
+        return QString();
+    const QString shown = name.endsWith(QLatin1String(".isf")) ? DisplayName(FileStem(name)) : name;
+    return IsPlainName(ServiceFileName(shown)) ? shown : QString();
+}
+
+// Runs `one` for each service named on the command line, all of them even when some fail; answers kFailed
+// when a name was no service name or `one` failed for it.
+int forEachService(const QStringList& names, Output io, const std::function<bool(const QString& shown)>& one)
+{
+    bool failed = false;
+    for (const QString& name : names) {
+        const QString shown = shownName(name);
+        if (shown.isEmpty())
+            io.err << "corvalent-tool: \"" << name << "\" is not a service name\n";
+        if (shown.isEmpty() || !one(shown))
+            failed = true;
+    }
+    return failed ? kFailed : kOk;
+}
+
+int downloadList(ServiceServer& server, Output io)
+{
+    const ServerAnswer answer = await(server, [&] { server.list(); });
+    if (answer.failure) {
+        printFailure(*answer.failure, io);
+        return kFailed;
+    }
+    for (const QString& name : ShownServiceNames(answer.listing.names))
+        io.out << name << "\n";
+    if (answer.listing.ignored > 0)
+        io.err << "corvalent-tool: " << answer.listing.ignored
+               << " name(s) on the server ignored: not plain file names\n";
+    if (answer.listing.names.isEmpty() && answer.listing.ignored == 0)
+        io.err << "corvalent-tool: This directory is empty!\n";
+    return kOk;
+}
+
+int downloadGet(ServiceServer& server, const QStringList& names, bool replace, Output io)
+{
+    const QString presets = PresetsDir();
+    return forEachService(names, io, [&](const QString& shown) {
+        if (!replace && FolderFileExists(ServiceFilePath(presets, shown))) {
+            io.err << "corvalent-tool: " << shown << " is installed already and was left as it is (--replace "
+                   << "replaces it)\n";
+            return true;
+        }
+        const QString fileName = ServiceFileName(shown);
+        const ServerAnswer answer = await(server, [&] { server.fetch(fileName); });
+        if (answer.failure) {
+            printFailure(*answer.failure, io);
+            return false;
+        }
+        if (const QString problem = InstallServiceFile(presets, fileName, answer.bytes); !problem.isEmpty()) {
+            io.err << "corvalent-tool: " << problem << "\n";
+            return false;
+        }
+        io.out << "installed " << shown << "\n";
+        return true;
+    });
+}
+
+int downloadDelete(const QStringList& names, Output io)
+{
+    const QString presets = PresetsDir();
+    return forEachService(names, io, [&](const QString& shown) {
+        if (!DeleteInstalledService(presets, shown)) {
+            io.err << "corvalent-tool: could not delete " << shown << " (looked for "
+                   << ServiceFilePath(presets, shown) << ")\n";
+            return false;
+        }
+        io.out << "deleted " << shown << "\n";
+        return true;
+    });
+}
+
+} // namespace
+
+int download(const QStringList& args, Output io)
+{
+    const char* synopsis = "download list [--server URL] | get NAME... [--server URL] [--replace] | delete NAME...";
+    const QString command = args.value(0);
+    if (command == QLatin1String("delete")) {
+        const auto p = parse(args.mid(1), {}, io);
+        if (!p || p->positional.isEmpty())
+            return wrongArguments(io, synopsis);
+        return downloadDelete(p->positional, io);
+    }
+    const bool get = command == QLatin1String("get");
+    if (!get && command != QLatin1String("list"))
+        return wrongArguments(io, synopsis);
+    const auto p = parse(args.mid(1), {QStringLiteral("server")}, io,
+                         get ? QStringList{QStringLiteral("replace")} : QStringList());
+    if (!p || (get ? p->positional.isEmpty() : !p->positional.isEmpty()))
+        return wrongArguments(io, synopsis);
+    ServiceServer server(p->option(QStringLiteral("server")).value_or(ServicesServer()));
+    return get ? downloadGet(server, p->positional, p->flags.contains(QStringLiteral("replace")), io)
+               : downloadList(server, io);
 }
 
 } // namespace corvalent::tool

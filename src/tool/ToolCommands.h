@@ -21,6 +21,8 @@ int request(const QStringList& args, Output io);
 int services(const QStringList& args, Output io);
 // What capture reads from the running contact manager for a service: one line per slot.
 int capture(const QStringList& args, Output io);
+// Lists the server's services, installs them into the Presets folder, or deletes installed ones.
+int download(const QStringList& args, Output io);
 
 QString usage();
 

@@ -68,6 +68,8 @@ int main(int argc, char* argv[])
             return tool::services(args.mid(1), io);
         if (command == QLatin1String("capture"))
             return tool::capture(args.mid(1), io);
+        if (command == QLatin1String("download"))
+            return tool::download(args.mid(1), io);
         err << "corvalent-tool: unknown command \"" << args.join(QLatin1Char(' ')) << "\"\n\n" << tool::usage();
         return int(tool::kUsage);
     });

@@ -4,10 +4,12 @@
 #include "WindowFixture.h"
 
 #include "common/Error.h"
+#include "download/ManageWindow.h"
 
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QListWidget>
 #include <QRadioButton>
 
 using namespace corvalent;
@@ -298,12 +300,12 @@ private slots:
         QCOMPARE(city->text(), u"Laval"_s);
     }
 
-    // What the Contact and Help menus do; the items whose windows are not there yet are greyed out.
+    // What the Contact and Help menus do; Undo is greyed out until there is something to undo.
     void menus()
     {
         MainWindow& w = m->start();
         auto item = [&](const char* name) { return w.findChild<QAction*>(QLatin1String(name)); };
-        for (const char* name : {"mnuManage", "mnuUndo"})
+        for (const char* name : {"mnuUndo"})
             QVERIFY2(!item(name)->isEnabled(), name);
         QCOMPARE(item("mnuSettings")->text(), u"New Service..."_s);
         QCOMPARE(item("mnuPopupSettings")->text(), u"&Edit"_s);
@@ -322,6 +324,16 @@ private slots:
         QCOMPARE(m->launcher->opened().size(), 1);
         QCOMPARE(m->prompter->prompts().size(), 1);
         QVERIFY(m->prompter->prompts()[0].text.contains(u"Corvalent_manual.pdf"_s));
+
+        // Manage Services opens frmManage over this window, on the server of the preferences.
+        SaveSetting(kServicesServerKey, u"ftp://services.example.org/"_s);
+        item("mnuManage")->trigger();
+        auto* manage = w.findChild<ManageWindow*>(u"frmManage"_s);
+        QVERIFY(manage && manage->isVisible() && manage->isModal());
+        QCOMPARE(manage->manage().serverUrl(), u"ftp://services.example.org/"_s);
+        QCOMPARE(manage->findChild<QListWidget*>(u"lstPresets"_s)->findItems(u"OpenCorporates"_s, Qt::MatchExactly)
+                     .size(),
+                 1);
     }
 };
 
