@@ -3,6 +3,8 @@
 #include "common/ErrorTrap.h"
 #include "common/Launcher.h"
 
+#include <QDeadlineTimer>
+#include <QEventLoop>
 #include <QFileInfo>
 
 namespace corvalent {
@@ -112,6 +114,27 @@ void HostFollower::tmr1_Timer()
     if (TickCount == 2) {
         tmr1.stop();
         emit endProgram();
+    }
+}
+
+bool HostFollower::WaitForHost(AutomationBackend& backend, int ms)
+{
+    constexpr int kAskEveryMs = 200;
+    QDeadlineTimer deadline(ms);
+    for (;;) {
+        try {
+            ActSession probe;
+            probe.attachEvents(backend);
+            if (probe.isDatabaseOpen())
+                return true;
+        } catch (const Error&) {
+            // Not there yet, or still opening its database.
+        }
+        if (deadline.hasExpired())
+            return false;
+        QEventLoop pause;
+        QTimer::singleShot(kAskEveryMs, &pause, &QEventLoop::quit);
+        pause.exec();
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "act/ActSession.h"
+#include "act/AutomationBackend.h"
 #include "act/ContactCapture.h"
 #include "act/HostEvents.h"
 
@@ -41,6 +42,11 @@ public:
     // with RestartPending set.
     void restartHost();
     void tmr1_Timer();
+
+    // Whether a contact manager answers with a database open within `ms`, asked again every few tenths of a second
+    // with the event loop running. A program started again after a restart waits so for the contact manager to
+    // come back.
+    static bool WaitForHost(AutomationBackend& backend, int ms);
 
 signals:
     // A capture ran for an event; the window refreshes what depends on the captured contact.

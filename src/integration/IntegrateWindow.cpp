@@ -94,6 +94,8 @@ IntegrateWindow::IntegrateWindow(ActSession& session, AutomationBackend& backend
     auto column = new QVBoxLayout(this);
     column->addLayout(frames);
     column->addLayout(buttons);
+    // Space checks the first view's toolbar box, Enter closes.
+    m_boxes[0]->setFocus();
 }
 
 ActSession::AuxCommand IntegrateWindow::ProgramCommand()

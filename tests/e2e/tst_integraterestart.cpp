@@ -1,0 +1,113 @@
+// The integration as a user goes through it, both real programs on an X server: Options > Integrate, a toolbar
+// box checked, Close, Yes to the restart. The contact manager closes, comes back on the same database with the
+// button in its toolbar, and the add-on comes back beside it.
+
+#include "act/DBusBackend.h"
+#include "store/ContactStore.h"
+#include "support/BusSupport.h"
+#include "support/TestHome.h"
+#include "X11Driver.h"
+
+#include <QTest>
+
+using namespace corvalent;
+using namespace corvalent::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A visible window of any process whose title matches, as it is now; the restarted programs are not the test's
+// children.
+QString anyWindowNow(const QString& titlePattern)
+{
+    return xdotool({u"search"_s, u"--onlyvisible"_s, u"--name"_s, titlePattern}, true)
+        .value_or(QString())
+        .section(u'\n', 0, 0)
+        .trimmed();
+}
+
+QString anyWindow(const QString& titlePattern)
+{
+    QString window;
+    (void)QTest::qWaitFor([&] { return !(window = anyWindowNow(titlePattern)).isEmpty(); }, kWindowMs);
+    return window;
+}
+
+} // namespace
+
+class TestIntegrateRestart : public QObject {
+    Q_OBJECT
+
+    TestHome m_home;
+    QString m_database;
+    QProcess m_host;
+    QProcess m_addon;
+
+private slots:
+    void initTestCase()
+    {
+        const QString missing = missingForX11Session();
+        QVERIFY2(missing.isEmpty(), qPrintable(missing));
+        QVERIFY(!hostOnBus());
+        m_database = m_home.file(u"Contacts.cvdb"_s);
+        host::writeSampleDatabase(m_database);
+
+        // The restart opens the database "with the desktop": here straight with the contact manager.
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+        env.insert(u"HOME"_s, m_home.path() + u"/user"_s);
+        env.insert(u"XDG_DATA_HOME"_s, m_home.path() + u"/data"_s);
+        env.insert(u"CORVALENT_OPENER"_s, qEnvironmentVariable("CORVALENT_CONTACTS"));
+        m_host.setProcessEnvironment(env);
+        m_addon.setProcessEnvironment(env);
+        QVERIFY(startHost(m_host, {m_database}));
+        QVERIFY2(!waitForWindow(m_host, u"^Corvalent Contacts"_s).isEmpty(), "the contact manager did not show");
+        m_addon.setProcessChannelMode(QProcess::ForwardedChannels);
+        m_addon.start(qEnvironmentVariable("CORVALENT_ADDON"), {});
+        QVERIFY2(m_addon.waitForStarted(), qPrintable(m_addon.errorString()));
+        QVERIFY2(!waitForWindow(m_addon, u"^Corvalent$"_s).isEmpty(), "the add-on did not show");
+    }
+
+    void cleanupTestCase()
+    {
+        // The restarted contact manager takes the restarted add-on with it when it closes.
+        if (hostOnBus()) {
+            DBusBackend backend;
+            try {
+                backend.create(kProgIdApp)->invoke(u"Command"_s, {qint16(150)});
+            } catch (const Error&) {
+            }
+            (void)QTest::qWaitFor([] { return !hostOnBus(); }, kWindowMs);
+        }
+        (void)QTest::qWaitFor([] { return anyWindowNow(u"^Corvalent"_s).isEmpty(); }, kWindowMs);
+        stop(m_addon);
+        stop(m_host);
+    }
+
+    void restartKeepsTheButton()
+    {
+        const QString addon = windowNow(m_addon, u"^Corvalent$"_s);
+        QVERIFY(type(addon, u"alt+o"_s) && type(addon, u"Return"_s)); // Options > Integrate with ACT!...
+        const QString integrate = waitForWindow(m_addon, u"^Integrate with ACT!$"_s);
+        QVERIFY2(!integrate.isEmpty(), qPrintable(windowTitles(m_addon).join(u", "_s)));
+        QVERIFY(type(integrate, u"space"_s) && type(integrate, u"Return"_s)); // the Contacts toolbar, Close
+        const QString question = waitForWindow(m_addon, u"^Restart$"_s);
+        QVERIFY2(!question.isEmpty(), qPrintable(windowTitles(m_addon).join(u", "_s)));
+        QVERIFY(type(question, u"alt+y"_s));
+
+        QVERIFY2(m_host.waitForFinished(kWindowMs), "the contact manager did not close");
+        QVERIFY2(m_addon.waitForFinished(kWindowMs), "the add-on did not end");
+        QVERIFY(QTest::qWaitFor(hostOnBus, kWindowMs));
+        QVERIFY2(!anyWindow(u"^Corvalent Contacts"_s).isEmpty(), "the contact manager did not come back");
+        QVERIFY2(!anyWindow(u"^Corvalent$"_s).isEmpty(), "the add-on did not come back");
+
+        DBusBackend backend;
+        QCOMPARE(backend.create(kProgIdApp)->invoke(u"GetOpenDBName"_s).toString(), m_database);
+        QVERIFY(backend.create(kProgIdAuxCommands)
+                    ->invoke(u"AuxCommandExistsInToolbar"_s, {u"Corvalent"_s, qint16(1)})
+                    .toBool());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestIntegrateRestart)
+#include "tst_integraterestart.moc"
