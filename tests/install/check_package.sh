@@ -63,9 +63,12 @@ desktop-file-validate "$share/applications/org.corvalent.Corvalent.desktop" "$sh
 appstreamcli validate --no-net "$share/metainfo/org.corvalent.Corvalent.metainfo.xml"
 
 echo "== the unpacked corvalent-tool"
+# Marked, so that a program folder seeded from anywhere else (the build tree, the source tree) cannot pass.
+echo "; unpacked by check_package.sh" >>"$share/corvalent/Settings.ini"
 services_in "$root/usr/bin/corvalent-tool" "$work/home" | sort >"$work/services"
 cat "$work/services"
 [ -s "$work/services" ] || fail "the installed corvalent-tool lists no services"
 diff <(shipped_services "$share/corvalent") "$work/services" || fail "services differ from the installed ones"
-cmp "$share/corvalent/Corvalent_manual.pdf" "$work/home/Corvalent_manual.pdf" ||
-    fail "the program folder was not seeded from the installed data"
+for file in Settings.ini Corvalent_manual.pdf; do
+    cmp "$share/corvalent/$file" "$work/home/$file" || fail "the program folder was not seeded from the installed data"
+done
