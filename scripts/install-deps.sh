@@ -11,6 +11,7 @@ packages=(
     xdg-utils shared-mime-info desktop-file-utils
     libxcb1-dev libxcb-ewmh-dev libxcb-icccm4-dev libxcb-xtest0-dev libxcb-keysyms1-dev
     xvfb xauth openbox dbus x11-utils xdotool imagemagick
+    poppler-utils appstream dpkg-dev librsvg2-bin
     firefox-esr
 )
 

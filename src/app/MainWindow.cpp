@@ -660,10 +660,23 @@ void MainWindow::mnuLoadAll_Click()
     });
 }
 
+// The manual, as PDF or as the HTML page of Online Help, lives in the program folder; a folder seeded by an older
+// install is given the installed copy first.
+static void openHelpFile(const QString& name)
+{
+    const QString file = ProgramFolder::provide(name);
+    if (file.isEmpty()) {
+        Prompter::instance().message(QStringLiteral("Can't find the user's manual ") +
+                                         ProgramFolder::join(ProgramFolder::path(), name),
+                                     Prompter::Exclamation);
+        return;
+    }
+    Launcher::instance().open(file, ProgramFolder::path());
+}
+
 void MainWindow::mnuOnline_Click()
 {
-    trappedSub(QStringLiteral("frmMain: Sub mnuOnline_Click"),
-               [&] { Launcher::instance().open(kOnlineHelpAddress, ProgramFolder::path()); });
+    trappedSub(QStringLiteral("frmMain: Sub mnuOnline_Click"), [&] { openHelpFile(kOnlineHelpFileName); });
 }
 
 void MainWindow::mnuManage_Click()
@@ -678,15 +691,7 @@ void MainWindow::mnuManage_Click()
 
 void MainWindow::mnuInstructions_Click()
 {
-    trappedSub(QStringLiteral("frmMain: Sub mnuInstructions_Click"), [&] {
-        const QString manual = ProgramFolder::join(ProgramFolder::path(), kManualFileName);
-        if (!FolderFileExists(manual)) {
-            Prompter::instance().message(QStringLiteral("Can't find the user's manual ") + manual,
-                                         Prompter::Exclamation);
-            return;
-        }
-        Launcher::instance().open(manual, ProgramFolder::path());
-    });
+    trappedSub(QStringLiteral("frmMain: Sub mnuInstructions_Click"), [&] { openHelpFile(kManualFileName); });
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event)

@@ -43,7 +43,8 @@ public:
         QStringLiteral("Please open an ACT database prior to running Corvalent!");
     static inline const QString kUnreachableMessage =
         QStringLiteral("Unable to communicate with ACT!\rPlease run actreg.exe located in the ACT folder and try again");
-    static inline const QString kOnlineHelpAddress = QStringLiteral("https://www.corvalent.org/help/");
+    // Online Help is the manual's HTML page, installed with the program so that it works offline.
+    static inline const QString kOnlineHelpFileName = QStringLiteral("Corvalent_manual.html");
     static inline const QString kManualFileName = QStringLiteral("Corvalent_manual.pdf");
 
     explicit MainWindow(AutomationBackend& backend, QWidget* parent = nullptr);

@@ -33,6 +33,15 @@ bool isMissingOrEmpty(const QString& folder)
     return !dir.exists() || dir.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
 }
 
+// A copy keeps the installed file's read-only bits; the user's copy must be theirs to edit.
+bool copyAsOwn(const QString& from, const QString& to)
+{
+    if (!QDir().mkpath(QFileInfo(to).absolutePath()) || !QFile::copy(from, to))
+        return false;
+    QFile::setPermissions(to, QFile::permissions(to) | QFile::WriteOwner | QFile::ReadOwner);
+    return true;
+}
+
 } // namespace
 
 QString join(const QString& folder, const QString& name)
@@ -42,11 +51,17 @@ QString join(const QString& folder, const QString& name)
     return folder + QDir::separator() + name;
 }
 
+// A program that runs from the build tree belongs to that tree's data, even when another build is installed; an
+// installed program finds its data beside it wherever the installation was unpacked.
 QString seedSource()
 {
     QStringList candidates;
-    if (QCoreApplication::instance())
-        candidates << QCoreApplication::applicationDirPath() + QStringLiteral("/../share/corvalent");
+    if (QCoreApplication::instance()) {
+        const QString programDir = QCoreApplication::applicationDirPath();
+        if (programDir.startsWith(QStringLiteral(CORVALENT_BUILD_ROOT "/")))
+            candidates << QStringLiteral(CORVALENT_STAGED_DATADIR);
+        candidates << programDir + QStringLiteral("/../share/corvalent");
+    }
     candidates << QStringLiteral(CORVALENT_INSTALL_DATADIR) << QStringLiteral(CORVALENT_SOURCE_DATADIR);
     for (const QString& candidate : candidates) {
         if (QFileInfo::exists(candidate + QStringLiteral("/Settings.ini")))
@@ -69,12 +84,7 @@ bool seed(const QString& target, const QString& source)
         const QString to = join(target, relative);
         if (QFileInfo::exists(to))
             continue;
-        ok = QDir().mkpath(QFileInfo(to).absolutePath()) && ok;
-        // A copy keeps the installed file's read-only bits; the user's copy must be theirs to edit.
-        if (QFile::copy(from, to))
-            QFile::setPermissions(to, QFile::permissions(to) | QFile::WriteOwner | QFile::ReadOwner);
-        else
-            ok = false;
+        ok = copyAsOwn(from, to) && ok;
     }
     return ok;
 }
@@ -94,6 +104,17 @@ QString path()
         }
     }
     return folder;
+}
+
+QString provide(const QString& name, const QString& source)
+{
+    const QString own = join(path(), name);
+    if (QFileInfo::exists(own))
+        return own;
+    const QString installed = source.isEmpty() ? QString() : join(source, name);
+    if (installed.isEmpty() || !QFileInfo::exists(installed))
+        return QString();
+    return copyAsOwn(installed, own) ? own : installed;
 }
 
 } // namespace corvalent::ProgramFolder

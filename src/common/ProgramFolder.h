@@ -16,6 +16,11 @@ QString seedSource();
 // Answers false when a copy failed.
 bool seed(const QString& target, const QString& source);
 
+// The program folder's `name`. A folder seeded by an older install lacks files added since (the user's manual):
+// such a file is copied from `source` first, never over one that is there. Answers the installed copy when the
+// folder cannot take it, and "" when neither has it.
+QString provide(const QString& name, const QString& source = seedSource());
+
 // Joins a folder and a name with the platform's separator.
 QString join(const QString& folder, const QString& name);
 

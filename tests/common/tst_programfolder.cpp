@@ -81,6 +81,49 @@ private slots:
         QCOMPARE(readFile(target + QStringLiteral("/Settings.ini")), QByteArray("shipped"));
     }
 
+    // A file the program folder lacks comes from the installed data; the folder's own copy always wins.
+    void provideFindsOrBringsInAFile_data()
+    {
+        QTest::addColumn<QByteArray>("own");       // "" for none
+        QTest::addColumn<QByteArray>("installed"); // "" for none
+        QTest::addColumn<bool>("readOnlyFolder");
+        QTest::addColumn<QString>("answer");       // "own", "installed" or ""
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("in the folder") << QByteArray("user's") << QByteArray("new") << false << "own" << QByteArray("user's");
+        QTest::newRow("only installed") << QByteArray() << QByteArray("new") << false << "own" << QByteArray("new");
+        QTest::newRow("folder refuses") << QByteArray() << QByteArray("new") << true << "installed" << QByteArray("new");
+        QTest::newRow("nowhere") << QByteArray() << QByteArray() << false << "" << QByteArray();
+    }
+
+    void provideFindsOrBringsInAFile()
+    {
+        QFETCH(QByteArray, own);
+        QFETCH(QByteArray, installed);
+        QFETCH(bool, readOnlyFolder);
+        QFETCH(QString, answer);
+        QFETCH(QByteArray, content);
+        const QString home = m_dir.path() + QStringLiteral("/provide-") + QTest::currentDataTag();
+        const QString source = home + QStringLiteral("-installed");
+        writeFile(home + QStringLiteral("/Settings.ini"), "in use");
+        if (!own.isEmpty())
+            writeFile(home + QStringLiteral("/Manual.pdf"), own);
+        if (!installed.isEmpty())
+            writeFile(source + QStringLiteral("/Manual.pdf"), installed);
+        qputenv("CORVALENT_HOME", QFile::encodeName(home));
+        if (readOnlyFolder)
+            QFile::setPermissions(home, QFile::ReadOwner | QFile::ExeOwner);
+        if (readOnlyFolder && QFileInfo(home).isWritable())
+            QSKIP("running as a user whom permissions do not stop");
+
+        const QString file = ProgramFolder::provide(QStringLiteral("Manual.pdf"), source);
+        QFile::setPermissions(home, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        const QString expected = answer == u"own" ? home + QStringLiteral("/Manual.pdf")
+                                 : answer == u"installed" ? source + QStringLiteral("/Manual.pdf")
+                                                           : QString();
+        QCOMPARE(file, expected);
+        QCOMPARE(readFile(file), content);
+    }
+
     void joinUsesOneSeparator()
     {
         QCOMPARE(ProgramFolder::join(QStringLiteral("/a/b"), QStringLiteral("c.ini")), QStringLiteral("/a/b/c.ini"));
