@@ -13,6 +13,7 @@ packages=(
     xvfb xauth openbox dbus x11-utils xdotool imagemagick
     poppler-utils appstream dpkg-dev librsvg2-bin
     firefox-esr
+    clang-16 libclang-rt-16-dev
 )
 
 missing=()
