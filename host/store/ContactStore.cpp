@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSqlQuery>
 #include <QVariant>
 #include <unordered_map>
@@ -55,6 +56,8 @@ struct ContactStore::Impl {
     // Reading one field of one contact is what the window and every automation call do all the time: keep one
     // prepared statement per field.
     mutable std::unordered_map<int, QSqlQuery> fieldQueries;
+    // The add-on asks for the same few sets of fields on every move.
+    mutable QHash<QString, QSqlQuery> fieldsQueries;
 
     void requireOpen() const
     {
@@ -273,6 +276,7 @@ void ContactStore::create(const QString& path)
 void ContactStore::close()
 {
     d->fieldQueries.clear();
+    d->fieldsQueries.clear();
     d->connection.close();
     d->open = false;
     d->readOnly = false;
@@ -352,6 +356,39 @@ QString ContactStore::fieldText(qint64 contactId, int fieldId) const
         return QString();
     }
     return d->readField(contactId, fieldId).first;
+}
+
+QStringList ContactStore::fieldTexts(qint64 contactId, const QList<int>& fieldIds) const
+{
+    d->requireOpen();
+    QStringList columns;
+    for (int fieldId : fieldIds) {
+        if (fieldById(fieldId))
+            columns << schema::fieldColumn(fieldId);
+    }
+    QStringList texts;
+    texts.reserve(fieldIds.size());
+    if (columns.isEmpty()) {
+        if (!d->exists(contactId))
+            noContact(contactId);
+        texts.resize(fieldIds.size());
+        return texts;
+    }
+    const QString selected = columns.join(QStringLiteral(", "));
+    auto found = d->fieldsQueries.find(selected);
+    if (found == d->fieldsQueries.end())
+        found = d->fieldsQueries.insert(
+            selected, d->connection.prepare(QStringLiteral("SELECT %1 FROM contacts WHERE id = ?").arg(selected)));
+    QSqlQuery& query = *found;
+    query.bindValue(0, contactId);
+    d->connection.exec(query);
+    if (!query.next())
+        noContact(contactId);
+    int column = 0;
+    for (int fieldId : fieldIds)
+        texts << (fieldById(fieldId) ? query.value(column++).toString() : QString());
+    query.finish();
+    return texts;
 }
 
 QString ContactStore::fieldData(qint64 contactId, int fieldId) const
