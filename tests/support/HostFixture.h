@@ -30,7 +30,7 @@ inline const Fields kContactB{{26, "Anne Martin"}, {25, "Beta Inc"}, {27, "200 K
     {67, "Oakville"}, {68, "ON"}, {69, "L6J 1A1"}, {70, "Home Ontario"}, {80, "u1 B"}};
 
 // Logs each call before passing it on; once the budget is spent, every call fails with 440, as every call does
-// once the contact manager has gone.
+// once the contact manager has gone. Members listed in `missing` answer 438, as an older contact manager does.
 class FlakyBackend : public AutomationBackend {
 public:
     explicit FlakyBackend(AutomationBackend& inner) : m_inner(inner) {}
@@ -42,6 +42,7 @@ public:
 
     QStringList calls;
     int budget = -1; // calls left; -1: no limit
+    QStringList missing;
 
 private:
     struct Object : AutomationObject {
@@ -50,6 +51,8 @@ private:
         QVariant invoke(const QString& member, const QVariantList& args) override
         {
             backend->calls << member;
+            if (backend->missing.contains(member))
+                throw Error(ErrorNumber::MemberNotSupported);
             if (backend->budget == 0)
                 throw Error(ErrorNumber::AutomationError);
             if (backend->budget > 0)
