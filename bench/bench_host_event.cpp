@@ -16,50 +16,40 @@
 
 #include "Percentile.h"
 #include "BenchHome.h"
+#include "BenchHost.h"
 
 #include "act/DBusBackend.h"
 #include "app/MainWindow.h"
-#include "common/DBusWire.h"
 #include "common/Error.h"
 #include "common/Prompter.h"
 
 #include <QApplication>
 #include <QComboBox>
-#include <QDBusConnectionInterface>
-#include <QDeadlineTimer>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QEventLoop>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <memory>
 #include <vector>
 
 using namespace corvalent;
-using namespace corvalent::dbuswire;
 
+using corvalent::bench::BenchHost;
 using corvalent::bench::percentile;
+using corvalent::bench::waitFor;
 
 namespace {
 
-QProcess* g_host = nullptr; // killed on the way out, so that no contact manager outlives its bus
+BenchHost* host = nullptr; // set first thing in main()
 
 [[noreturn]] void fail(const QString& why)
 {
-    std::fprintf(stderr, "bench_host_event: %s\n", qPrintable(why));
-    if (g_host) {
-        g_host->kill();
-        g_host->waitForFinished();
-    }
-    std::exit(1);
+    host->fail(why);
 }
 
 // An error box in the middle of a capture would make the figures those of a failure.
@@ -102,26 +92,6 @@ private:
     AutomationBackend& m_inner;
 };
 
-QString contactsProgram()
-{
-    const QString set = qEnvironmentVariable("CORVALENT_CONTACTS");
-    return set.isEmpty() ? QStringLiteral(CORVALENT_CONTACTS_PATH) : set;
-}
-
-// Runs the event loop until `done` holds or the time is up.
-bool waitFor(const std::function<bool()>& done, int ms)
-{
-    const QDeadlineTimer deadline(ms);
-    while (!done()) {
-        if (deadline.hasExpired())
-            return false;
-        QEventLoop loop;
-        QTimer::singleShot(1, &loop, &QEventLoop::quit);
-        loop.exec();
-    }
-    return true;
-}
-
 void report(const char* what, const std::vector<double>& ms)
 {
     std::printf("%s\n  median %.2f ms   p10 %.2f ms   p90 %.2f ms   max %.2f ms\n", what, percentile(ms, 0.5),
@@ -133,12 +103,11 @@ void report(const char* what, const std::vector<double>& ms)
 int main(int argc, char** argv)
 {
     // The program folder and the preferences are the bench's own, set before anything reads them.
+    BenchHost contactManager("bench_host_event");
+    host = &contactManager;
     BenchHome home;
-    // Pressed at start-up as the first button's service, so that every capture reads its ten rows.
-    const QString service = home.dir.filePath(QStringLiteral("Presets/Ten rows.isf"));
-    if (!QDir(home.dir.path()).mkpath(QStringLiteral("Presets")) || !QFile::copy(home.service, service))
-        fail(QStringLiteral("cannot write %1").arg(service));
-    BenchHome::age(service);
+    // Pressed at start-up, so that every capture reads its ten rows.
+    home.pressService();
     QTemporaryDir dir;
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(dir.filePath(QStringLiteral("config"))));
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -150,10 +119,6 @@ int main(int argc, char** argv)
     const int rounds = args.size() > 1 ? args.at(1).toInt() : 300;
     if (rounds < 1)
         fail(QStringLiteral("ROUNDS must be 1 or more"));
-    if (!QDBusConnection::sessionBus().isConnected())
-        fail(QStringLiteral("no session bus; run under dbus-run-session"));
-    if (QDBusConnection::sessionBus().interface()->isServiceRegistered(kBusName))
-        fail(QStringLiteral("a corvalent-contacts already runs on this bus"));
     Prompter::install(std::make_unique<FailingPrompter>());
 
     QString database = args.value(0);
@@ -161,21 +126,14 @@ int main(int argc, char** argv)
         database = dir.filePath(QStringLiteral("Million.cvdb"));
         std::fprintf(stderr, "writing a million contacts...\n");
         const int code =
-            QProcess::execute(contactsProgram(), {QStringLiteral("--generate"), QStringLiteral("1000000"), database});
+            QProcess::execute(BenchHost::program(), {QStringLiteral("--generate"), QStringLiteral("1000000"), database});
         if (code != 0)
             fail(QStringLiteral("--generate failed with %1").arg(code));
     }
 
-    QProcess host;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("XDG_DATA_HOME"), dir.filePath(QStringLiteral("data")));
-    host.setProcessEnvironment(env);
-    host.setProcessChannelMode(QProcess::ForwardedChannels);
-    host.start(contactsProgram(), {database});
-    g_host = &host;
-    if (!waitFor([] { return QDBusConnection::sessionBus().interface()->isServiceRegistered(kBusName).value(); },
-                 300000))
-        fail(QStringLiteral("corvalent-contacts did not come up"));
+    host->start(database, env);
 
     int exitCode = 0;
     try {
@@ -254,7 +212,6 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "bench_host_event: Error %d: %s\n", e.number(), qPrintable(e.description()));
         exitCode = 1;
     }
-    host.kill();
-    host.waitForFinished();
+    host->stop();
     return exitCode;
 }
