@@ -317,7 +317,8 @@ QVector<qint64> ContactStore::lookup(const QString& text) const
 {
     d->requireOpen();
     // The index holds trigrams: a text of three characters or more is found through it, as a phrase (quotes
-    // doubled), which a trigram index matches anywhere inside a field, case folded as Qt folds it.
+    // doubled), which a trigram index matches anywhere inside a field, with case folded beyond ASCII too, as the
+    // comparison below folds it.
     if (d->indexed && text.toUcs4().size() >= 3) {
         QString phrase = text;
         phrase.replace(QLatin1Char('"'), QLatin1String("\"\""));
