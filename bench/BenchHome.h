@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDir>
 #include <QFile>
 #include <QString>
 #include <QTemporaryDir>
@@ -35,6 +36,17 @@ struct BenchHome {
         write(dir.filePath(QStringLiteral("Settings.ini")), "[Buttons]\r\n1=Ten rows\r\n");
         age(service);
         age(dir.filePath(QStringLiteral("Countries.ini")));
+    }
+
+    // Puts the service in the Presets folder, where the add-on's first button finds it (Settings.ini names it), so
+    // that the add-on starts with it pressed. Answers the file's path.
+    QString pressService()
+    {
+        const QString pressed = dir.filePath(QStringLiteral("Presets/Ten rows.isf"));
+        if (!QDir(dir.path()).mkpath(QStringLiteral("Presets")) || !QFile::copy(service, pressed))
+            qFatal("cannot write %s", qPrintable(pressed));
+        age(pressed);
+        return pressed;
     }
 
     // Files the user wrote a while ago, as they are when GO is pressed; a file written a moment ago is compared

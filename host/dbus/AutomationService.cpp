@@ -198,7 +198,8 @@ QDBusVariant AutomationService::toWire(const QString& client, const QVariant& va
     }
     if (!value.isValid())
         return QDBusVariant(QString());
-    if (isPlainValue(value) || isSendableNumber(value))
+    // A list of texts (GetFields) travels as an array of strings.
+    if (isPlainValue(value) || isSendableNumber(value) || value.typeId() == QMetaType::QStringList)
         return QDBusVariant(value);
     throw Error(ErrorNumber::AutomationError,
                 QStringLiteral("The answer (%1) cannot be sent over the bus").arg(QString::fromLatin1(value.typeName())));

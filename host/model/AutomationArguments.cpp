@@ -120,6 +120,22 @@ qint32 toInt32(const QVariantList& args, qsizetype index, const QString& member)
     return integer<qint32>(args, index, member);
 }
 
+QList<int> toInt32List(const QVariantList& args, qsizetype first, const QString& member)
+{
+    const qsizetype count = args.size() - first;
+    if (count < 1 || count > kMaxListLength)
+        throw Error(ErrorNumber::InvalidArgument, QStringLiteral("%1 takes %2 to %3 argument(s), not %4")
+                                                      .arg(shown(member))
+                                                      .arg(first + 1)
+                                                      .arg(first + kMaxListLength)
+                                                      .arg(args.size()));
+    QList<int> numbers;
+    numbers.reserve(count);
+    for (qsizetype i = first; i < args.size(); ++i)
+        numbers << toInt32(args, i, member);
+    return numbers;
+}
+
 QString toText(const QVariantList& args, qsizetype index, const QString& member)
 {
     const QVariant& value = argument(args, index, member);

@@ -24,6 +24,9 @@ void requireCount(const QVariantList& args, qsizetype count, const QString& memb
 qint16 toInt16(const QVariantList& args, qsizetype index, const QString& member);
 qint32 toInt32(const QVariantList& args, qsizetype index, const QString& member);
 QString toText(const QVariantList& args, qsizetype index, const QString& member);
+// The arguments from `first` on, each a number as toInt32 takes it: at least one, at most kMaxListLength (Error 5).
+constexpr qsizetype kMaxListLength = 256;
+QList<int> toInt32List(const QVariantList& args, qsizetype first, const QString& member);
 
 // Whether an argument was passed as text (the field list reads text as a field ID, numbers as positions).
 bool isText(const QVariant& value);

@@ -7,6 +7,7 @@
 #include "model/EventControlObject.h"
 
 #include <QTimer>
+#include <algorithm>
 #include <memory>
 
 namespace corvalent::host {
@@ -14,6 +15,9 @@ namespace corvalent::host {
 struct ContactHost::Impl {
     ContactStore store;
     QVector<qint64> lookup;
+    // Lookups come from the store in ID order, and most stay so: their rows are found by bisection, a million
+    // contacts in twenty steps instead of a scan on every move.
+    bool lookupSorted = true;
     int row = -1;
     View view = View::Contact;
     QTimer updateLock;
@@ -24,10 +28,31 @@ struct ContactHost::Impl {
             throw Error(ErrorNumber::AutomationError, QStringLiteral("No database is open"));
     }
 
+    qsizetype rowOf(qint64 contactId) const
+    {
+        if (!lookupSorted)
+            return lookup.indexOf(contactId);
+        const auto found = std::lower_bound(lookup.begin(), lookup.end(), contactId);
+        return found != lookup.end() && *found == contactId ? found - lookup.begin() : -1;
+    }
+
+    // A lookup read from the store, in ID order.
+    void setLookup(QVector<qint64> ids)
+    {
+        lookup = std::move(ids);
+        lookupSorted = true;
+    }
+
+    void append(qint64 contactId)
+    {
+        lookupSorted = lookupSorted && (lookup.isEmpty() || lookup.last() < contactId);
+        lookup.append(contactId);
+    }
+
     // After the lookup changed: the current contact stays current when it is still in it, else the first is.
     void keepCurrent(qint64 previous)
     {
-        const qsizetype found = previous < 0 ? -1 : lookup.indexOf(previous);
+        const qsizetype found = previous < 0 ? -1 : rowOf(previous);
         row = found >= 0 ? int(found) : (lookup.isEmpty() ? -1 : 0);
     }
 };
@@ -52,7 +77,7 @@ void ContactHost::openDatabase(const QString& path)
     }
     closeDatabase();
     d->store.open(path);
-    d->lookup = d->store.allContactIds();
+    d->setLookup(d->store.allContactIds());
     d->row = d->lookup.isEmpty() ? -1 : 0;
     emit databaseOpened(d->store.path());
     emit OnContactLookupChange();
@@ -106,7 +131,7 @@ void ContactHost::lookupAll()
 {
     d->requireOpen();
     const qint64 previous = currentId();
-    d->lookup = d->store.allContactIds();
+    d->setLookup(d->store.allContactIds());
     d->keepCurrent(previous);
     emit OnContactLookupChange();
 }
@@ -115,7 +140,7 @@ void ContactHost::lookupText(const QString& text)
 {
     d->requireOpen();
     const qint64 previous = currentId();
-    d->lookup = d->store.lookup(text);
+    d->setLookup(d->store.lookup(text));
     d->keepCurrent(previous);
     emit OnContactLookupChange();
 }
@@ -135,11 +160,11 @@ void ContactHost::moveToRow(int row)
 void ContactHost::moveTo(qint64 contactId)
 {
     d->requireOpen();
-    qsizetype row = d->lookup.indexOf(contactId);
+    qsizetype row = d->rowOf(contactId);
     if (row < 0) {
         if (!d->store.contactExists(contactId))
             throw Error(ErrorNumber::AutomationError, QStringLiteral("No contact has the ID %1").arg(contactId));
-        d->lookup.append(contactId);
+        d->append(contactId);
         row = d->lookup.size() - 1;
         emit OnContactLookupChange();
     }
@@ -194,7 +219,7 @@ qint64 ContactHost::addNewContact()
 {
     d->requireOpen();
     const qint64 id = d->store.addContact();
-    d->lookup.append(id);
+    d->append(id);
     d->row = int(d->lookup.size() - 1);
     // Only the lookup change: clients that add a contact wait for exactly this one and ignore it, while a
     // position change would make them read the new, empty contact over what they are about to write.

@@ -22,6 +22,12 @@ QVariant ContactViewObject::invoke(const QString& member, const QVariantList& ar
         const qint64 current = running.currentId();
         return current < 0 ? QString() : running.store().fieldText(current, fieldId);
     }
+    if (isMember(member, QLatin1String("GetFields"))) {
+        const QList<int> fieldIds = toInt32List(args, 0, member);
+        ContactHost& running = openHost();
+        const qint64 current = running.currentId();
+        return current < 0 ? QStringList(fieldIds.size()) : running.store().fieldTexts(current, fieldIds);
+    }
     if (isCurrentContactMember(member))
         return invokeCurrentContactMember(openHost(), member, args);
     unknownMember("contact view", member);

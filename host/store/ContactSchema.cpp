@@ -83,6 +83,45 @@ void create(const SqliteConnection& connection)
     connection.exec(stamp);
 }
 
+const QList<int>& lookupFieldIds()
+{
+    static const QList<int> ids{26, 25, 30, 40};
+    return ids;
+}
+
+bool hasLookupIndex(const SqliteConnection& connection)
+{
+    QSqlQuery query = connection.prepare(QStringLiteral("SELECT 1 FROM sqlite_master WHERE name = ?"));
+    query.addBindValue(kLookupIndex);
+    connection.exec(query);
+    return query.next();
+}
+
+void addLookupIndex(const SqliteConnection& connection)
+{
+    QStringList columns, newValues, oldValues;
+    for (int id : lookupFieldIds()) {
+        columns << fieldColumn(id);
+        newValues << QStringLiteral("new.") + fieldColumn(id);
+        oldValues << QStringLiteral("old.") + fieldColumn(id);
+    }
+    const QString list = columns.join(QStringLiteral(", "));
+    // The index keeps no copy of the texts: they stay in `contacts`, whose id is the index's rowid.
+    connection.exec(QStringLiteral("CREATE VIRTUAL TABLE %1 USING fts5(%2, content='contacts', content_rowid='id', "
+                                   "tokenize='trigram')")
+                        .arg(kLookupIndex, list));
+    const QString add = QStringLiteral("INSERT INTO %1 (rowid, %2) VALUES (new.id, %3);")
+                            .arg(kLookupIndex, list, newValues.join(QStringLiteral(", ")));
+    const QString remove = QStringLiteral("INSERT INTO %1 (%1, rowid, %2) VALUES ('delete', old.id, %3);")
+                               .arg(kLookupIndex, list, oldValues.join(QStringLiteral(", ")));
+    connection.exec(QStringLiteral("CREATE TRIGGER %1_add AFTER INSERT ON contacts BEGIN %2 END").arg(kLookupIndex, add));
+    connection.exec(
+        QStringLiteral("CREATE TRIGGER %1_remove AFTER DELETE ON contacts BEGIN %2 END").arg(kLookupIndex, remove));
+    connection.exec(QStringLiteral("CREATE TRIGGER %1_change AFTER UPDATE OF %2 ON contacts BEGIN %3 %4 END")
+                        .arg(kLookupIndex, list, remove, add));
+    connection.exec(QStringLiteral("INSERT INTO %1 (%1) VALUES ('rebuild')").arg(kLookupIndex));
+}
+
 void setMyRecord(const SqliteConnection& connection, qint64 contactId)
 {
     QSqlQuery query =

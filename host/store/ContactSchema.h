@@ -23,6 +23,15 @@ const QList<int>& phoneFieldIds();
 
 // The tables of an empty database and its format stamp.
 void create(const SqliteConnection& connection);
+
+// The lookup's index: trigrams of the looked-up fields (contact, company, city, e-mail), case folded, kept in step
+// with `contacts` by triggers, so that a lookup reads the index instead of every contact. addLookupIndex fills it
+// from the contacts there are: a new database gets it after its contacts are written (a million at once is five
+// times quicker than through the triggers), a database written before there was an index when it is opened.
+const QList<int>& lookupFieldIds();
+inline const QString kLookupIndex = QStringLiteral("lookup_index");
+bool hasLookupIndex(const SqliteConnection& connection);
+void addLookupIndex(const SqliteConnection& connection);
 void setMyRecord(const SqliteConnection& connection, qint64 contactId);
 
 // Throws Error 440 unless `path` starts like a SQLite file; reads the header only, writes nothing.

@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSqlQuery>
 #include <QVariant>
 #include <unordered_map>
@@ -51,10 +52,13 @@ struct ContactStore::Impl {
     QString path;
     bool open = false;
     bool readOnly = false;
+    bool indexed = false; // has the lookup's index
     qint64 myRecord = -1;
     // Reading one field of one contact is what the window and every automation call do all the time: keep one
     // prepared statement per field.
     mutable std::unordered_map<int, QSqlQuery> fieldQueries;
+    // The add-on asks for the same few sets of fields on every move.
+    mutable QHash<QString, QSqlQuery> fieldsQueries;
 
     void requireOpen() const
     {
@@ -235,6 +239,14 @@ void ContactStore::open(const QString& path)
     close();
     d->readOnly = !info.isWritable();
     d->connection.open(path, d->readOnly);
+    d->indexed = schema::hasLookupIndex(d->connection);
+    if (!d->indexed && !d->readOnly) {
+        // Once per database written before lookups had an index: a few seconds for a million contacts.
+        d->connection.transaction();
+        schema::addLookupIndex(d->connection);
+        d->connection.commit();
+        d->indexed = true;
+    }
     d->myRecord = myRecord;
     d->path = info.absoluteFilePath();
     d->open = true;
@@ -252,6 +264,7 @@ void ContactStore::create(const QString& path)
         d->connection.open(path, false);
         d->connection.transaction();
         schema::create(d->connection);
+        schema::addLookupIndex(d->connection);
         QSqlQuery add = d->connection.prepare(QStringLiteral("INSERT INTO contacts (f78, f79) VALUES (?, ?)"));
         add.addBindValue(schema::today());
         add.addBindValue(schema::today());
@@ -267,15 +280,18 @@ void ContactStore::create(const QString& path)
     }
     d->path = QFileInfo(path).absoluteFilePath();
     d->readOnly = false;
+    d->indexed = true;
     d->open = true;
 }
 
 void ContactStore::close()
 {
     d->fieldQueries.clear();
+    d->fieldsQueries.clear();
     d->connection.close();
     d->open = false;
     d->readOnly = false;
+    d->indexed = false;
     d->path.clear();
     d->myRecord = -1;
 }
@@ -300,6 +316,17 @@ QVector<qint64> ContactStore::allContactIds() const
 QVector<qint64> ContactStore::lookup(const QString& text) const
 {
     d->requireOpen();
+    // The index holds trigrams: a text of three characters or more is found through it, as a phrase (quotes
+    // doubled), which a trigram index matches anywhere inside a field, with case folded beyond ASCII too, as the
+    // comparison below folds it.
+    if (d->indexed && text.toUcs4().size() >= 3) {
+        QString phrase = text;
+        phrase.replace(QLatin1Char('"'), QLatin1String("\"\""));
+        QSqlQuery query = d->connection.prepare(
+            QStringLiteral("SELECT rowid FROM %1 WHERE %1 MATCH ? ORDER BY rowid").arg(schema::kLookupIndex));
+        query.addBindValue(QLatin1Char('"') + phrase + QLatin1Char('"'));
+        return d->ids(query);
+    }
     static const QString kColumns = QStringLiteral("f26, f25, f30, f40");
     bool ascii = true;
     for (QChar c : text)
@@ -352,6 +379,39 @@ QString ContactStore::fieldText(qint64 contactId, int fieldId) const
         return QString();
     }
     return d->readField(contactId, fieldId).first;
+}
+
+QStringList ContactStore::fieldTexts(qint64 contactId, const QList<int>& fieldIds) const
+{
+    d->requireOpen();
+    QStringList columns;
+    for (int fieldId : fieldIds) {
+        if (fieldById(fieldId))
+            columns << schema::fieldColumn(fieldId);
+    }
+    QStringList texts;
+    texts.reserve(fieldIds.size());
+    if (columns.isEmpty()) {
+        if (!d->exists(contactId))
+            noContact(contactId);
+        texts.resize(fieldIds.size());
+        return texts;
+    }
+    const QString selected = columns.join(QStringLiteral(", "));
+    auto found = d->fieldsQueries.find(selected);
+    if (found == d->fieldsQueries.end())
+        found = d->fieldsQueries.insert(
+            selected, d->connection.prepare(QStringLiteral("SELECT %1 FROM contacts WHERE id = ?").arg(selected)));
+    QSqlQuery& query = *found;
+    query.bindValue(0, contactId);
+    d->connection.exec(query);
+    if (!query.next())
+        noContact(contactId);
+    int column = 0;
+    for (int fieldId : fieldIds)
+        texts << (fieldById(fieldId) ? query.value(column++).toString() : QString());
+    query.finish();
+    return texts;
 }
 
 QString ContactStore::fieldData(qint64 contactId, int fieldId) const

@@ -36,6 +36,9 @@ public:
 
     // The text of a field as the contact view shows it; "" for an empty field or an unknown ID.
     QString fieldText(qint64 contactId, int fieldId) const;
+    // The texts of several fields of one contact, in the order asked, read in one statement; as fieldText for
+    // each of them.
+    QStringList fieldTexts(qint64 contactId, const QList<int>& fieldIds) const;
     // The stored data of a field: for a phone field a one-character prefix "+", the country code, a space and
     // the number as shown ("+1 (514) 555-0199"); the text for any other field.
     QString fieldData(qint64 contactId, int fieldId) const;

@@ -207,6 +207,7 @@ void writeDatabaseFile(const QString& path, Fill&& fill)
         connection.transaction();
         schema::create(connection);
         schema::setMyRecord(connection, fill(connection));
+        schema::addLookupIndex(connection);
         connection.commit();
         connection.close();
         std::error_code error;

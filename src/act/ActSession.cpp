@@ -1,5 +1,6 @@
 #include "act/ActSession.h"
 
+#include "act/FieldListCache.h"
 #include "common/Error.h"
 
 #include <limits>
@@ -82,8 +83,15 @@ AutomationPtr create(AutomationBackend& backend, const QString& progId, std::sou
 
 } // namespace
 
+ActSession::ActSession() : m_fields(std::make_unique<FieldListCache>(*this)) {}
+
+ActSession::~ActSession() = default;
+
 void ActSession::OpenSession(AutomationBackend& backend, std::source_location at)
 {
+    m_fields = std::make_unique<FieldListCache>(*this);
+    m_offersGetFields.reset();
+    m_readAhead.clear();
     m_app = create(backend, kProgIdApp, at);
     call(m_app, QStringLiteral("OpenFile"), {QString()}, at);
     m_database = create(backend, kProgIdDatabase, at);
@@ -148,6 +156,7 @@ qint32 ActSession::currentRow(const AutomationPtr& grid, std::source_location at
 
 void ActSession::useContactView(AutomationPtr view)
 {
+    m_readAhead.clear();
     m_fieldSource = std::move(view);
     m_listView.reset();
     m_gridRow.reset();
@@ -155,33 +164,87 @@ void ActSession::useContactView(AutomationPtr view)
 
 void ActSession::useGrid(AutomationPtr listView, AutomationPtr grid, qint32 row)
 {
+    m_readAhead.clear();
     m_listView = std::move(listView);
     m_fieldSource = std::move(grid);
     m_gridRow = row;
 }
 
+void ActSession::readAhead(const QList<qint32>& fieldIds, std::source_location at)
+{
+    m_readAhead.clear();
+    if (m_offersGetFields == false)
+        return;
+    QList<qint32> asked;
+    QVariantList args;
+    if (m_gridRow)
+        args << *m_gridRow;
+    for (qint32 fieldId : fieldIds) {
+        if (fieldId != 0 && !asked.contains(fieldId)) {
+            asked << fieldId;
+            args << fieldId;
+        }
+    }
+    if (asked.isEmpty())
+        return;
+    QVariant answer;
+    try {
+        answer = call(m_fieldSource, QStringLiteral("GetFields"), args, at);
+    } catch (const Error& e) {
+        // An older contact manager: every field is read on its own, as before there was GetFields.
+        if (e.number() != ErrorNumber::MemberNotSupported)
+            throw;
+        m_offersGetFields = false;
+        return;
+    }
+    m_offersGetFields = true;
+    if (answer.typeId() != QMetaType::QStringList)
+        throw Error(ErrorNumber::TypeMismatch, at);
+    const QStringList texts = answer.toStringList();
+    if (texts.size() != asked.size())
+        throw Error(ErrorNumber::AutomationError,
+                    QStringLiteral("The contact manager answered %1 fields for %2").arg(texts.size()).arg(asked.size()),
+                    at);
+    for (qsizetype i = 0; i < asked.size(); ++i)
+        m_readAhead.insert(asked.at(i), texts.at(i));
+}
+
 QString ActSession::getField(qint32 fieldId, std::source_location at)
 {
+    if (!m_gridRow) {
+        const auto found = m_readAhead.constFind(fieldId);
+        if (found != m_readAhead.constEnd())
+            return *found;
+    }
     return asText(call(m_fieldSource, QStringLiteral("GetField"), {fieldId}, at), at);
 }
 
 QString ActSession::getField(qint32 fieldId, qint32 row, std::source_location at)
 {
+    if (m_gridRow == row) {
+        const auto found = m_readAhead.constFind(fieldId);
+        if (found != m_readAhead.constEnd())
+            return *found;
+    }
     return asText(call(m_fieldSource, QStringLiteral("GetField"), {fieldId, row}, at), at);
 }
 
 QString ActSession::readField(qint32 fieldId, std::source_location at)
 {
+    if (fieldId == 0)
+        return QString();
     return m_gridRow ? getField(fieldId, *m_gridRow, at) : getField(fieldId, at);
 }
 
 void ActSession::setField(qint32 fieldId, const QString& text, std::source_location at)
 {
+    m_readAhead.clear();
     call(m_fieldSource, QStringLiteral("SetField"), {fieldId, text}, at);
 }
 
 void ActSession::addNewContact(std::source_location at)
 {
+    m_readAhead.clear();
     call(m_fieldSource, QStringLiteral("AddNewContact"), {}, at);
 }
 
@@ -192,6 +255,7 @@ QString ActSession::getCurrentId(std::source_location at)
 
 void ActSession::goTo(const QString& contactId, std::source_location at)
 {
+    m_readAhead.clear();
     call(m_contact, QStringLiteral("GoTo"), {contactId}, at);
 }
 

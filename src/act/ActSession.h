@@ -3,12 +3,17 @@
 #include "act/AutomationBackend.h"
 #include "common/Automation.h"
 
+#include <QHash>
+#include <QList>
 #include <QString>
 #include <array>
+#include <memory>
 #include <optional>
 #include <source_location>
 
 namespace corvalent {
+
+class FieldListCache;
 
 // The contact manager's session objects, held for the life of the main window, and the typed operations the
 // program makes on them. This is the one place that knows member names: everything else asks for "the text of
@@ -34,7 +39,8 @@ public:
     static constexpr std::array<const char*, 10> kDefaultFieldIds{"26", "25", "27", "30", "31",
                                                                   "32", "33", "0",  "0",  "0"};
 
-    ActSession() = default;
+    ActSession();
+    ~ActSession();
     ActSession(const ActSession&) = delete;
     ActSession& operator=(const ActSession&) = delete;
 
@@ -80,8 +86,16 @@ public:
     void useContactView(AutomationPtr view);
     void useGrid(AutomationPtr listView, AutomationPtr grid, qint32 row);
 
+    // Reads fields of the field source (at the kept row on the grid) in one round trip where the contact manager
+    // offers GetFields, and keeps their texts for getField and readField until the source changes or the contact
+    // manager is told to change something: a capture and the phone list after it then cost one call instead of
+    // one per field. A contact manager without GetFields is asked once per session; after that the fields are
+    // read one call each, as they are asked for.
+    void readAhead(const QList<qint32>& fieldIds, std::source_location at = std::source_location::current());
+
     // The field source of the latest capture. getField(id) is the contact view's form, getField(id, row) the
-    // grid's; readField picks the form that fits the source (the kept row on the grid).
+    // grid's; readField picks the form that fits the source (the kept row on the grid). Field 0 names no field:
+    // readField answers "" for it without a round trip.
     QString getField(qint32 fieldId, std::source_location at = std::source_location::current());
     QString getField(qint32 fieldId, qint32 row, std::source_location at = std::source_location::current());
     QString readField(qint32 fieldId, std::source_location at = std::source_location::current());
@@ -92,6 +106,10 @@ public:
     // The database's contact object.
     void goTo(const QString& contactId, std::source_location at = std::source_location::current());
     QString contactData(qint16 fieldId, std::source_location at = std::source_location::current());
+
+    // The open database's field list, each answer asked once per session: the add-on closes with the database,
+    // so a session never sees the list change.
+    FieldListCache& fields() { return *m_fields; }
 
     // The field list: by position (gaps answer ID -1), or by field ID given as text.
     qint32 fieldCount(std::source_location at = std::source_location::current());
@@ -143,6 +161,9 @@ private:
     AutomationPtr m_fieldSource;
     AutomationPtr m_listView;
     std::optional<qint32> m_gridRow;
+    std::unique_ptr<FieldListCache> m_fields;
+    std::optional<bool> m_offersGetFields; // unknown until first asked
+    QHash<qint32, QString> m_readAhead;
 };
 
 } // namespace corvalent

@@ -1,7 +1,9 @@
 #include "act/ContactCapture.h"
 
 #include "act/FieldDerivations.h"
+#include "act/FieldListCache.h"
 #include "act/PhoneFormat.h"
+#include "act/PhoneList.h"
 #include "common/ErrorTrap.h"
 #include "common/VbRuntime.h"
 #include "request/TextTransforms.h"
@@ -40,9 +42,14 @@ bool ContactCapture::Get_Contact(bool NoDisplay)
             m_session.useGrid(std::move(listView), std::move(grid), row);
         }
 
+        std::array<QString, kFieldRows> codes;
+        for (int i = 0; i < kFieldRows; ++i)
+            codes[size_t(i)] = ServiceSetting(m_serviceFile, QStringLiteral("F%1").arg(i));
+        m_session.readAhead(fieldsToRead(codes, base));
+
         for (int i = 0; i < kFieldRows; ++i) {
             const size_t s = size_t(i);
-            const QString code = ServiceSetting(m_serviceFile, QStringLiteral("F%1").arg(i));
+            const QString& code = codes[s];
             const QString barred = QLatin1Char('|') + code + QLatin1Char('|');
             m_form.setGrabEnabled(i, !contactView || !kNoGrabInContactView.contains(barred));
 
@@ -77,6 +84,36 @@ void ContactCapture::forgetChoiceRows()
         if (steered.contains(QLatin1Char('|') + code + QLatin1Char('|')) || (addressBased && i >= 2 && i <= 6))
             FieldCodes[size_t(i)].clear();
     }
+}
+
+QList<qint32> ContactCapture::fieldsToRead(const std::array<QString, ContactForm::kSlots>& codes, int base)
+{
+    // The phone list is filled after every capture, with the numbers of the same contact; the phone row (888)
+    // reads one of those numbers too.
+    QList<qint32> fields;
+    for (qint32 position : PhonePositions(m_session))
+        fields << m_session.fields().idAt(position);
+    for (int slot = 0; slot < kFieldRows; ++slot) {
+        const QString& code = codes[size_t(slot)];
+        if (!IsNumeric(code) || code == QLatin1String("888"))
+            continue;
+        if (code == QLatin1String("777") || code == QLatin1String("778")) {
+            fields << GetAddressField(m_form, m_serviceFile);
+        } else if (code == QLatin1String("779")) {
+            const qint32 addressField = GetAddressField(m_form, m_serviceFile);
+            if (addressField == ContactFieldId::BusinessAddress1)
+                fields << ContactFieldId::BusinessCity << ContactFieldId::BusinessState;
+            if (addressField == ContactFieldId::HomeAddress1)
+                fields << ContactFieldId::HomeCity << ContactFieldId::HomeState;
+        } else if (base > 0 || slot < 2 || slot > 6 || m_form.addressOption() == ContactForm::Custom) {
+            fields << CLng(code);
+        } else if (m_form.addressOption() == ContactForm::Business) {
+            fields << (slot == 2 ? ContactFieldId::BusinessAddress1 : slot + 27);
+        } else {
+            fields << (slot == 2 ? ContactFieldId::HomeAddress1 : slot + 64);
+        }
+    }
+    return fields;
 }
 
 QString ContactCapture::fill(int slot, const QString& code, int base, bool contactView)

@@ -44,6 +44,8 @@ public:
     void forgetChoiceRows();
 
 private:
+    // The fields the capture of these codes reads, so that they come in one round trip.
+    QList<qint32> fieldsToRead(const std::array<QString, ContactForm::kSlots>& codes, int base);
     QString fill(int slot, const QString& code, int base, bool contactView);
     QString valueOfField(const QString& code, const QString& text);
 

@@ -10,8 +10,9 @@
 namespace corvalent {
 
 // The open database's field list, each answer asked of the contact manager once. The service editor fills ten
-// lists from it on every change of type, and every answer would otherwise be a round trip. Errors are not kept:
-// a call that failed is asked again next time.
+// lists from it on every change of type, and the session's own copy (ActSession::fields) serves the phone list
+// and the phone tests of every capture; every answer would otherwise be a round trip. Errors are not kept: a call
+// that failed is asked again next time.
 class FieldListCache {
 public:
     explicit FieldListCache(ActSession& session) : m_session(session) {}

@@ -1,5 +1,6 @@
 #include "act/PhoneFormat.h"
 
+#include "act/FieldListCache.h"
 #include "act/HostFolder.h"
 #include "common/ErrorTrap.h"
 #include "common/ProgramFolder.h"
@@ -55,7 +56,7 @@ std::optional<QString> maskFromFile(const QString& path, const QString& countryC
 bool isPhone(ActSession& session, const QString& FieldId)
 {
     return trapped(QStringLiteral("frmMain: Function isPhone"), false,
-                   [&] { return session.fieldType(FieldId) == kPhoneType; });
+                   [&] { return session.fields().type(FieldId) == kPhoneType; });
 }
 
 QString FormatWithPhoneMask(const QString& phone, const QString& mask)

@@ -1,6 +1,7 @@
 #include "act/PhoneList.h"
 
 #include "act/FieldDerivations.h"
+#include "act/FieldListCache.h"
 #include "common/ErrorTrap.h"
 #include "prefs/Preferences.h"
 
@@ -13,21 +14,30 @@ constexpr qint32 kDeletedPosition = -1;
 
 } // namespace
 
+QList<qint32> PhonePositions(ActSession& session)
+{
+    FieldListCache& fields = session.fields();
+    QList<qint32> positions;
+    // Deleted fields leave gaps in the positions, so the walk goes on until it has seen Count real fields.
+    const qint32 count = fields.count();
+    for (qint32 position = 0, seen = 0; seen < count; ++position) {
+        if (fields.idAt(position) == kDeletedPosition)
+            continue;
+        ++seen;
+        if (fields.typeAt(position) == kPhoneType)
+            positions << position;
+    }
+    return positions;
+}
+
 void LoadPhoneList(ActSession& session, ContactForm& form)
 {
     trappedSub(QStringLiteral("frmMain: Sub LoadPhoneList"), [&] {
         QList<ContactForm::PhoneEntry> entries;
-        // Deleted fields leave gaps in the positions, so the walk goes on until it has seen Count real fields.
-        const qint32 count = session.fieldCount();
-        for (qint32 position = 0, seen = 0; seen < count; ++position) {
-            const qint32 fieldId = session.fieldIdAt(position);
-            if (fieldId == kDeletedPosition)
-                continue;
-            ++seen;
-            if (session.typeAt(position) != kPhoneType)
-                continue;
+        for (qint32 position : PhonePositions(session)) {
+            const qint32 fieldId = session.fields().idAt(position);
             const QString number = session.readField(fieldId);
-            QString text = QLatin1Char('[') + session.labelAt(position) + QLatin1Char(']');
+            QString text = QLatin1Char('[') + session.fields().labelAt(position) + QLatin1Char(']');
             if (!number.isEmpty())
                 text += QLatin1Char(' ') + number;
             entries.append({text, fieldId});

@@ -8,8 +8,9 @@
 //   Create(s progId) -> o               a new object of that ProgID, as an object path below kObjectPrefix
 //   Invoke(o object, s member, av args) -> v
 //                                       calls a member; arguments and result are plain variants (string, int32,
-//                                       int16 as int16, bool, double), an object reference travels as its object
-//                                       path (type "o"), "nothing" as an empty string
+//                                       int16 as int16, bool, double; an answer may also be a list of
+//                                       strings, "as"), an object reference travels as its object path (type
+//                                       "o"), "nothing" as an empty string
 //   Release(o object)                   forgets an object; objects of a client that leaves the bus go too
 // and the signals
 //   OnActUserWantsToClose(), OnDatabaseClose(), OnContactChange(s), OnContactLookupChange(),

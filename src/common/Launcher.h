@@ -20,11 +20,15 @@ public:
 };
 
 // Starts the desktop's opener (xdg-open, or the program named by $CORVALENT_OPENER) detached, with the target as
-// its one argument.
+// its one argument. On Linux it is spawned without copying the add-on's memory first, which is most of the time a
+// fork takes for a Qt program; the openers that have ended are reaped at the next open.
 class DesktopLauncher : public Launcher {
 public:
     bool open(const QString& target, const QString& workingFolder) override;
     static QString opener();
+
+private:
+    QList<qint64> m_children;
 };
 
 // Records what would have been opened; tests install it.

@@ -225,6 +225,48 @@ private slots:
         QVERIFY(w.isVisible());
     }
 
+    // What following the contact manager costs: the calls one move makes, each a round trip over the bus, and the
+    // start-up's one capture. A contact manager without GetFields is read field by field, with the same result.
+    void callsPerEvent_data()
+    {
+        QTest::addColumn<bool>("listView");
+        QTest::addColumn<bool>("withoutGetFields");
+        QTest::addColumn<QStringList>("calls");
+        const QStringList source{u"GetActive"_s, u"Type"_s, u"Create"_s};
+        QTest::newRow("contact view") << false << false << source + QStringList{u"GetFields"_s};
+        QTest::newRow("contact list") << true << false
+                                      << source + QStringList{u"GetGrid"_s, u"GetCurrentRow"_s, u"GetFields"_s};
+        QTest::newRow("without GetFields") << false << true << source + QStringList(11, u"GetField"_s);
+    }
+    void callsPerEvent()
+    {
+        QFETCH(bool, listView);
+        QFETCH(bool, withoutGetFields);
+        QFETCH(QStringList, calls);
+        test::FlakyBackend& backend = m->host.backend;
+        if (withoutGetFields)
+            backend.missing = QStringList{u"GetFields"_s};
+        if (listView)
+            m->host.host.setActiveView(host::ContactHost::View::ContactList);
+        m->start();
+        QVERIFY(m->started);
+        QCOMPARE(backend.calls.count(u"GetFields"_s), 1);
+        QCOMPARE(backend.calls.count(u"GetActive"_s), 1);
+
+        backend.calls.clear();
+        QSignalSpy moved(&backend.events(), &HostEvents::OnContactPosChange);
+        m->host.host.moveTo(m->host.ids[1]);
+        QTRY_COMPARE(moved.count(), 1);
+        QCOMPARE(backend.calls, calls);
+        QCOMPARE(m->boxes(), (QStringList{u"Anne Martin"_s, u"Beta Inc"_s, u"200 King St W"_s, u"Toronto"_s, u"ON"_s,
+                                          u"M5H 1J9"_s, u"Canada"_s, {}, {}, {}}));
+        auto* phones = m->widget<QComboBox>(u"cboPhone"_s);
+        QStringList shown;
+        for (int i = 0; i < phones->count(); ++i)
+            shown << phones->itemText(i);
+        QCOMPARE(shown, (QStringList{u"[Phone] 01 23 45 67 89"_s, u"[Fax]"_s, u"[Home Phone]"_s, u"[Mobile Phone]"_s}));
+    }
+
     void hostCloses_data()
     {
         QTest::addColumn<bool>("database"); // the database closes, rather than the whole contact manager

@@ -146,6 +146,12 @@ private slots:
         answers("AddNewContact makes it current", app, then(then(view, "AddNewContact"), "GetCurrentID"),
                 QString::number(m_anne + 1));
         answers("grid GetField shows the number", app, then(grid, "GetField", {35, 1}), u"(514) 555-0199"_s);
+        // Unknown IDs read "" as GetField reads them; a phone reads as shown; the order is the one asked.
+        answers("GetFields", app, then(view, "GetFields", {35, 999, u"26"_s, 26}),
+                QStringList{{}, {}, u"Me Myself"_s, u"Me Myself"_s});
+        answers("grid GetFields at a row", app, then(grid, "GetFields", {1, 26, 35}),
+                QStringList{u"Anne Côté"_s, u"(514) 555-0199"_s});
+        answers("GetFields of no real field", app, then(view, "GetFields", {0}), QStringList{QString()});
         answers("GetUserID", app, then({}, "GetUserID"), u"1"_s);
         answers("OpenFile of the open database", app, then({}, "OpenFile", {u""_s}), {});
         answers("AddAuxCommand", aux, addCommand, 0);
@@ -175,6 +181,11 @@ private slots:
         refuses("unknown member without a database", app, then(view, "Nope"), 438, "closed");
         refuses("too many arguments", db, then(fields, "Count", {1}), 5);
         refuses("too few arguments", app, then(grid, "GetField", {26}), 5);
+        refuses("GetFields of nothing", app, then(view, "GetFields"), 5);
+        refuses("grid GetFields without a field", app, then(grid, "GetFields", {1}), 5);
+        refuses("GetFields of 257 fields", app, then(view, "GetFields", QVariantList(257, 26)), 5);
+        refuses("GetFields of a text", app, then(view, "GetFields", {26, u"Phone"_s}), 13);
+        refuses("grid GetFields past the lookup", app, then(grid, "GetFields", {2, 26}), 440);
         refuses("Label(35) is a position past the end", db, then(fields, "Label", {35}), 5);
         refuses("unknown field ID", db, then(fields, "Label", {u"999"_s}), 5);
         refuses("view type 3", app, then(then({}, "Views"), "Create", {3, u"CV"_s}), 5);

@@ -1,5 +1,7 @@
 #include "common/Error.h"
+#include "store/ContactSchema.h"
 #include "store/ContactStore.h"
+#include "store/SqliteConnection.h"
 #include "support/Raised.h"
 #include "support/TestHome.h"
 
@@ -182,6 +184,39 @@ private slots:
         QTest::newRow("wildcards are letters") << "%" << QVector<int>{};
         QTest::newRow("underscore is a letter") << "J_hn" << QVector<int>{};
         QTest::newRow("address is not searched") << "Peel" << QVector<int>{};
+        // From three characters on, a lookup reads the index; shorter texts are compared contact by contact.
+        QTest::newRow("accented, three letters") << u"ÉAL"_s << QVector<int>{0, 2};
+        QTest::newRow("accented name, other case") << u"HÉLÈNE"_s << QVector<int>{0};
+        QTest::newRow("across a space") << "hn S" << QVector<int>{1};
+        QTest::newRow("quotes are letters") << "\"Zoë\"" << QVector<int>{};
+        QTest::newRow("two letters") << "zO" << QVector<int>{2};
+        QTest::newRow("one accented letter") << u"Ë"_s << QVector<int>{2};
+    }
+
+    // A database written before lookups had an index gets one when it is opened, and keeps it in step.
+    void olderDatabaseGetsTheIndex()
+    {
+        const QString path = newPath();
+        {
+            ContactStore store;
+            store.create(path);
+            store.setFieldText(store.addContact(), 30, u"Montréal"_s);
+        }
+        {
+            SqliteConnection connection;
+            connection.open(path, false);
+            for (const char* trigger : {"add", "remove", "change"})
+                connection.exec(u"DROP TRIGGER lookup_index_%1"_s.arg(QLatin1String(trigger)));
+            connection.exec(u"DROP TABLE lookup_index"_s);
+            QVERIFY(!schema::hasLookupIndex(connection));
+        }
+        ContactStore older;
+        older.open(path);
+        const QVector<qint64> found = older.lookup(u"MONTRÉAL"_s);
+        QCOMPARE(found.size(), 1);
+        older.setFieldText(found.first(), 30, u"Laval"_s);
+        QCOMPARE(older.lookup(u"MONTRÉAL"_s), QVector<qint64>{});
+        QCOMPARE(older.lookup(u"laval"_s), found);
     }
     void lookupIgnoresCase()
     {

@@ -31,7 +31,7 @@ inline const Fields kContactB{{26, "Anne Martin"}, {25, "Beta Inc"}, {27, "200 K
     {67, "Oakville"}, {68, "ON"}, {69, "L6J 1A1"}, {70, "Home Ontario"}, {80, "u1 B"}};
 
 // Logs each call before passing it on; once the budget is spent, every call fails with 440, as every call does
-// once the contact manager has gone.
+// once the contact manager has gone. Members listed in `missing` answer 438, as an older contact manager does.
 class FlakyBackend : public AutomationBackend {
 public:
     explicit FlakyBackend(AutomationBackend& inner) : m_inner(inner) {}
@@ -44,6 +44,7 @@ public:
     QStringList calls;
     int budget = -1; // calls left; -1: no limit
     QHash<QString, QVariant> answers; // members answered here, as a contact manager that misbehaves would
+    QStringList missing; // members answered as a contact manager without them answers (438)
 
 private:
     struct Object : AutomationObject {
@@ -54,6 +55,8 @@ private:
             backend->calls << member;
             if (backend->answers.contains(member))
                 return backend->answers.value(member);
+            if (backend->missing.contains(member))
+                throw Error(ErrorNumber::MemberNotSupported);
             if (backend->budget == 0)
                 throw Error(ErrorNumber::AutomationError);
             if (backend->budget > 0)
