@@ -347,7 +347,7 @@ private slots:
         m->type(3, u"Québec"_s);
         QTest::keyClick(m->box(3), Qt::Key_Return);
         QCOMPARE(m->launcher->opened().size(), 1);
-        QVERIFY(m->launcher->opened()[0].target.contains(u"&city=Quebec&"_s));
+        QVERIFY(m->launcher->opened()[0].target.contains(u"&city=Qu%C3%A9bec&"_s));
         QVERIFY(!w.isVisible());
     }
 
