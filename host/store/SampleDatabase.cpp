@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
 #include <filesystem>
 #include <initializer_list>
 #include <iterator>
@@ -338,6 +339,11 @@ struct GeneratedPools {
 };
 
 } // namespace
+
+QString sampleDatabaseFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/corvalent-contacts");
+}
 
 void writeSampleDatabase(const QString& path)
 {
