@@ -342,7 +342,8 @@ struct GeneratedPools {
 
 QString sampleDatabaseFolder()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/corvalent-contacts");
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    return data + QStringLiteral("/corvalent-contacts");
 }
 
 void writeSampleDatabase(const QString& path)

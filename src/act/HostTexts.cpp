@@ -49,8 +49,8 @@ QString HostTexts::noDatabaseMessage() const
 QString HostTexts::unreachableMessage() const
 {
     if (isAct())
-        return QStringLiteral("Unable to communicate with ACT!\rPlease run actreg.exe located in the ACT folder and try "
-                              "again");
+        return QStringLiteral(
+            "Unable to communicate with ACT!\rPlease run actreg.exe located in the ACT folder and try again");
     return QStringLiteral("Unable to communicate with %1!\rPlease start %1, open a database and try again").arg(m_name);
 }
 

@@ -296,7 +296,8 @@ void MainWindow::buildMenus()
             &MainWindow::mnuLoadAll_Click);
 
     QMenu* options = addMenu("mnuOptions", tr("&Options"));
-    connect(addItem(options, "mnuIntegrate", HostTexts(m_backend.hostName()).integrateMenuItem()), &QAction::triggered, this,
+    const QString integrate = HostTexts(m_backend.hostName()).integrateMenuItem();
+    connect(addItem(options, "mnuIntegrate", integrate), &QAction::triggered, this,
             &MainWindow::mnuIntegrate_Click);
     connect(addItem(options, "mnuPreferences", QStringLiteral("Preferences...")), &QAction::triggered, this,
             &MainWindow::mnuPreferences_Click);

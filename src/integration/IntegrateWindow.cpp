@@ -182,7 +182,8 @@ void IntegrateWindow::cmdOK_Click()
             Prompter::instance().message(kFailureMessage, Prompter::OkOnly);
             return;
         }
-        restart = Prompter::instance().message(HostTexts(m_backend.hostName()).restartQuestion(), Prompter::YesNo, kRestartCaption) == Prompter::Yes;
+        const QString question = HostTexts(m_backend.hostName()).restartQuestion();
+        restart = Prompter::instance().message(question, Prompter::YesNo, kRestartCaption) == Prompter::Yes;
         loadBoxes();
     });
     accept();

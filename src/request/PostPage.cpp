@@ -38,8 +38,10 @@ QByteArray PostPageContent(const QString& serviceFile, const FieldTexts& fields)
 {
     const bool utf8 = SendsUtf8(serviceFile);
     QStringList lines;
-    lines << (utf8 ? QStringLiteral("<html><head><meta charset=\"utf-8\"></head><body>") : QStringLiteral("<html><body>"))
-          << QStringLiteral("<span style=visibility:hidden>")
+    // The page tells the browser its charset, which the browser then posts the form in.
+    const QString top = utf8 ? QStringLiteral("<html><head><meta charset=\"utf-8\"></head><body>")
+                             : QStringLiteral("<html><body>");
+    lines << top << QStringLiteral("<span style=visibility:hidden>")
           << QStringLiteral("<form NAME=SearchQuick method=POST action='") + kPostalFormAction + QStringLiteral("'>");
     for (int row = 0; row < kFieldRows; ++row) {
         const auto name = RequestVariable(serviceFile, row);

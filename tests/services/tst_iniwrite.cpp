@@ -33,8 +33,10 @@ private slots:
             QByteArray("; hand\n[a]\n; note\nno key\n K = old\nj=1\n"), " \"q\" ;x",
             QByteArray("; hand\n[a]\n; note\nno key\nK= \"q\" ;x\nj=1\n"));
         row("in place, first of duplicates, named section only, UTF-8 without BOM",
-            QByteArray("[B]\nk=keep\n[A]\nk=1\nk=2"), "Montréal", QByteArray("[B]\nk=keep\n[A]\nk=Montr\xC3\xA9" "al\nk=2"));
-        row("new key before the blank line", QByteArray("[A]\nj=1\n\n[B]\n"), "2", QByteArray("[A]\nj=1\nk=2\n\n[B]\n"));
+            QByteArray("[B]\nk=keep\n[A]\nk=1\nk=2"), "Montréal",
+            QByteArray("[B]\nk=keep\n[A]\nk=Montr\xC3\xA9" "al\nk=2"));
+        row("new key before the blank line", QByteArray("[A]\nj=1\n\n[B]\n"), "2",
+            QByteArray("[A]\nj=1\nk=2\n\n[B]\n"));
         row("new key, no final line break", QByteArray("[A]\nj=1"), "2", QByteArray("[A]\nj=1\nk=2\n"));
         row("new key, blanks inside the brackets", QByteArray("[ B ]\nk=0\n[ a ]\nj=1\n[\tb\t]\n"), "2",
             QByteArray("[ B ]\nk=0\n[ a ]\nj=1\nk=2\n[\tb\t]\n"));

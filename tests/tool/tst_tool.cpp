@@ -70,7 +70,6 @@ private slots:
                 "http://www.google.com/search?q=%28514%29%20555-0199\n");
         request("UK Companies House", u"UK Companies House|1=Tesco PLC|6=UK"_s,
                 "http://find-and-update.company-information.service.gov.uk/search/companies?q=Tesco%20PLC\n");
-        request("without Encoding", u"Plain|1=Café & Müller"_s, "http://h/x?q=Cafe & Muller\n");
         // By its display name; its country file is not there, and the POST page never needs it.
         request("postal page", u"Postal 2.1|1=España|3=Montréal|6=Canada"_s,
                 test::postPage("<input type=text name=company value=Espa\xf1" "a>\r\n"
@@ -116,7 +115,6 @@ private slots:
         test::writeService(m_home, test::kPostalUrl.toUpper() + gone, u"Postal 2~1"_s);
         test::writeService(m_home, u"URL=h/x?"_s + gone, u"Country gone"_s);
         test::writeService(m_home, u"V1=q"_s, u"No URL"_s);
-        test::writeService(m_home, u"URL=h/x?|V1=q"_s, u"Plain"_s);
         test::writeService(m_home, test::kPostalUrl + u"|Encoding=utf-8|V1=company|V3=&city"_s, u"Postal UTF-8"_s);
 
         QStringList commands = QString(args).replace(u"%ini"_s, m_home.file(u"scratch.ini"_s)).split(u"|&&|"_s);
