@@ -68,6 +68,7 @@ public:
         return wrap(m_inner.create(progId, at));
     }
     HostEvents& events() override { return m_inner.events(); }
+    QString hostName() const override { return m_inner.hostName(); }
 
     qint64 calls = 0;
 

@@ -12,7 +12,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSettings>
-#include <QStandardPaths>
 
 #include <cstdio>
 #include <optional>
@@ -40,7 +39,8 @@ const char* const kUsage =
     "Without FILE it opens the database it showed last or, the first time, a fresh copy of the sample database,\n"
     "$XDG_DATA_HOME/corvalent-contacts/Sample.cvdb (~/.local/share when XDG_DATA_HOME is not set).\n"
     "\n"
-    "  --sample FILE       writes the sample database (about fifty made-up contacts) to FILE and exits\n"
+    "  --sample FILE       writes the sample database (51 made-up contacts: My Record and fifty others) to FILE\n"
+    "                      and exits\n"
     "  --generate N FILE   writes N generated contacts to FILE and exits\n"
     "  --help              shows this text and exits\n"
     "\n"
@@ -137,8 +137,7 @@ QString defaultDatabase()
     const QString last = QSettings().value(kLastDatabase).toString();
     if (!last.isEmpty() && QFileInfo(last).isFile())
         return last;
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)
-                           + QStringLiteral("/corvalent-contacts");
+    const QString folder = sampleDatabaseFolder();
     const QString sample = folder + QStringLiteral("/Sample.cvdb");
     if (!QFileInfo::exists(sample)) {
         if (!QDir().mkpath(folder))

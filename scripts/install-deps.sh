@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
     build-essential cmake ninja-build pkg-config
     qt6-base-dev libqt6sql6-sqlite
+    libxkbcommon-dev
     libbenchmark-dev
     libcurl4-openssl-dev python3-pyftpdlib
     xdg-utils shared-mime-info desktop-file-utils

@@ -9,7 +9,9 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
-bash scripts/build.sh
+# Only what runs here: the programs, the data a new program folder is seeded from and the manual of the Help menu.
+# The tests and benchmarks are built by the test command.
+BUILD_TARGETS="corvalent corvalent-contacts corvalent-tool staged_data manual" bash scripts/build.sh
 build="${BUILD_DIR:-build}"
 tool="$build/src/tool/corvalent-tool"
 if [ $# -gt 0 ]; then

@@ -70,9 +70,12 @@ private:
     std::unique_ptr<Impl> d;
 };
 
-// Writes the sample database (about fifty made-up contacts in several countries) to `path`. Both writers build
-// the file beside `path` and rename it into place when it is complete, so a failure leaves `path` as it was.
+// Writes the sample database (51 made-up contacts in several countries: My Record and fifty others) to `path`.
+// Both writers build the file beside `path` and rename it into place when it is complete, so a failure leaves
+// `path` as it was.
 void writeSampleDatabase(const QString& path);
+// Where the program keeps its sample database ($XDG_DATA_HOME/corvalent-contacts), made or not.
+QString sampleDatabaseFolder();
 // Writes `count` generated contacts to `path`, the first of them My Record; `count` < 1 is Error 5. For
 // benchmarks: a million takes well under a minute.
 void writeGeneratedDatabase(const QString& path, qint64 count);

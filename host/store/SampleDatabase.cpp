@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
 #include <filesystem>
 #include <initializer_list>
 #include <iterator>
@@ -339,6 +340,12 @@ struct GeneratedPools {
 };
 
 } // namespace
+
+QString sampleDatabaseFolder()
+{
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    return data + QStringLiteral("/corvalent-contacts");
+}
 
 void writeSampleDatabase(const QString& path)
 {

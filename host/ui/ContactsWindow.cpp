@@ -3,6 +3,7 @@
 #include "common/Error.h"
 #include "common/Prompter.h"
 #include "model/ContactHost.h"
+#include "store/ContactStore.h"
 #include "ui/AuxCommandItems.h"
 #include "ui/ContactListModel.h"
 #include "ui/ContactView.h"
@@ -355,7 +356,9 @@ struct ContactsWindow::Impl {
 
     void askOpenDatabase()
     {
-        const QString start = host.isDatabaseOpen() ? QFileInfo(host.store().path()).absolutePath() : QString();
+        // Without a database, where the sample is: the one folder of databases a new user has.
+        const QString start =
+            host.isDatabaseOpen() ? QFileInfo(host.store().path()).absolutePath() : sampleDatabaseFolder();
         const QString path = Prompter::instance().openFileName(
             QStringLiteral("Open Database"),
             QStringLiteral("Contact databases (*.%1)|*.%1|All files (*)|*").arg(kDatabaseSuffix), start);

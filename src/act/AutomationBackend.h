@@ -20,6 +20,9 @@ public:
 
     // The contact manager's events.
     virtual HostEvents& events() = 0;
+
+    // Which contact manager this is, by the name its user knows: what the add-on's texts call it.
+    virtual QString hostName() const = 0;
 };
 
 } // namespace corvalent

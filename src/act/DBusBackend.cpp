@@ -1,6 +1,7 @@
 #include "act/DBusBackend.h"
 
 #include "common/Error.h"
+#include "common/ProgramTitle.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>
@@ -188,6 +189,12 @@ DBusBackend::~DBusBackend()
                  SLOT(onContactLookupChange()));
     c.disconnect(kBusName, kRootPath, kInterface, QStringLiteral("OnContactPosChange"), this,
                  SLOT(onContactPosChange(QString)));
+}
+
+QString DBusBackend::hostName() const
+{
+    // The bus carries the contact manager of this project only.
+    return QString::fromLatin1(kContactsTitle);
 }
 
 AutomationPtr DBusBackend::create(const QString& progId, std::source_location at)

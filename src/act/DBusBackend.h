@@ -33,6 +33,7 @@ public:
 
     AutomationPtr create(const QString& progId, std::source_location at = std::source_location::current()) override;
     HostEvents& events() override { return m_events; }
+    QString hostName() const override;
 
     // Shared with the objects, which may outlive the backend.
     struct Link;

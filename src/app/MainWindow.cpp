@@ -1,6 +1,7 @@
 #include "app/MainWindow.h"
 
 #include "act/FieldDerivations.h"
+#include "act/HostTexts.h"
 #include "act/PhoneList.h"
 #include "app/ColourScheme.h"
 #include "common/ControlName.h"
@@ -96,7 +97,7 @@ MainWindow::MainWindow(AutomationBackend& backend, QWidget* parent)
       m_backend(backend),
       m_capture(m_session, m_form),
       m_follower(m_session, m_capture),
-      m_updater(m_session, m_form, m_capture, m_follower.AddingContact)
+      m_updater(m_session, m_form, m_capture, m_follower.AddingContact, HostTexts(backend.hostName()))
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QString::fromLatin1(kProgramTitle));
@@ -295,7 +296,8 @@ void MainWindow::buildMenus()
             &MainWindow::mnuLoadAll_Click);
 
     QMenu* options = addMenu("mnuOptions", tr("&Options"));
-    connect(addItem(options, "mnuIntegrate", QStringLiteral("Integrate with ACT!...")), &QAction::triggered, this,
+    const QString integrate = HostTexts(m_backend.hostName()).integrateMenuItem();
+    connect(addItem(options, "mnuIntegrate", integrate), &QAction::triggered, this,
             &MainWindow::mnuIntegrate_Click);
     connect(addItem(options, "mnuPreferences", QStringLiteral("Preferences...")), &QAction::triggered, this,
             &MainWindow::mnuPreferences_Click);
@@ -368,13 +370,13 @@ bool MainWindow::hostReady()
         if (m_session.isDatabaseOpen())
             return true;
         if (m_session.isRunning()) {
-            Prompter::instance().message(kNoDatabaseMessage, Prompter::Exclamation);
+            Prompter::instance().message(HostTexts(m_backend.hostName()).noDatabaseMessage(), Prompter::Exclamation);
             return false;
         }
     } catch (const Error&) {
         // No contact manager to ask, or one that does not answer: both are the message below.
     }
-    Prompter::instance().message(kUnreachableMessage, Prompter::Critical);
+    Prompter::instance().message(HostTexts(m_backend.hostName()).unreachableMessage(), Prompter::Critical);
     return false;
 }
 

@@ -39,10 +39,6 @@ class MainWindow : public QMainWindow {
 public:
     static inline const QString kAlreadyRunningMessage =
         QStringLiteral("An instance of this program is already open!");
-    static inline const QString kNoDatabaseMessage =
-        QStringLiteral("Please open an ACT database prior to running Corvalent!");
-    static inline const QString kUnreachableMessage =
-        QStringLiteral("Unable to communicate with ACT!\rPlease run actreg.exe located in the ACT folder and try again");
     // Online Help is the manual's HTML page, installed with the program so that it works offline.
     static inline const QString kOnlineHelpFileName = QStringLiteral("Corvalent_manual.html");
     static inline const QString kManualFileName = QStringLiteral("Corvalent_manual.pdf");

@@ -42,6 +42,18 @@ bool copyAsOwn(const QString& from, const QString& to)
     return true;
 }
 
+// What a program folder holds: settings and country files, services, the manual. The source tree's data/ also
+// holds the desktop's files (menu entries, the database file type, icons) and the contact manager's phone masks,
+// which belong in the freedesktop data folders and the contact manager's own.
+bool belongsInProgramFolder(const QString& relative)
+{
+    if (relative.startsWith(QStringLiteral("Presets/")))
+        return relative.endsWith(QStringLiteral(".isf")) && !relative.mid(8).contains(QLatin1Char('/'));
+    if (relative.contains(QLatin1Char('/')))
+        return false;
+    return relative.endsWith(QStringLiteral(".ini")) || relative.startsWith(QStringLiteral("Corvalent_manual."));
+}
+
 } // namespace
 
 QString join(const QString& folder, const QString& name)
@@ -79,7 +91,7 @@ bool seed(const QString& target, const QString& source)
     while (it.hasNext()) {
         const QString from = it.next();
         const QString relative = QDir(source).relativeFilePath(from);
-        if (relative == QStringLiteral("CMakeLists.txt"))
+        if (!belongsInProgramFolder(relative))
             continue;
         const QString to = join(target, relative);
         if (QFileInfo::exists(to))

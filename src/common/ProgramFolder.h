@@ -12,7 +12,8 @@ QString path();
 // The installed data a new program folder is seeded from ("" when none is found).
 QString seedSource();
 
-// Copies every file of `source` (recursively) into `target` that is not there yet; never overwrites.
+// Copies every file of `source` that a program folder holds (*.ini, Presets/*.isf, the manual) into `target`
+// when it is not there yet; never overwrites.
 // Answers false when a copy failed.
 bool seed(const QString& target, const QString& source);
 

@@ -14,6 +14,7 @@
 
 #include <QApplication>
 #include <QButtonGroup>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFrame>
@@ -116,6 +117,11 @@ void ServiceEditorWindow::buildWindow()
     m_urlHint->setObjectName(QStringLiteral("lblUrlHint"));
     m_urlHint->setWordWrap(true);
     form->addWidget(m_urlHint, line++, 1);
+    m_encoding = new QCheckBox(tr("Send values as UTF-8 (percent-encoded)"), content);
+    m_encoding->setObjectName(QStringLiteral("chkEncoding"));
+    m_encoding->setToolTip(tr("Off, values go unescaped with accents folded, as older services expect"));
+    connect(m_encoding, &QCheckBox::toggled, this, &ServiceEditorWindow::refreshPreview);
+    form->addWidget(m_encoding, line++, 1);
     column->addLayout(form);
 
     auto typeFrame = new QGroupBox(QStringLiteral("Type of Service:"), content);
@@ -494,6 +500,8 @@ void ServiceEditorWindow::cboPresets_Click()
         // Kept as the file has them, so that saving without opening the country dialog changes neither.
         sCountryFile = ServiceSetting(sFileName, QStringLiteral("CountryFile"));
         sDefaultCountry = ServiceSetting(sFileName, QStringLiteral("DefaultCountry"));
+        m_loadedEncoding = ServiceSetting(sFileName, kEncodingKey);
+        m_encoding->setChecked(IsUtf8Encoding(m_loadedEncoding));
         const int base = CInt(ServiceSetting(sFileName, QStringLiteral("Base"), QStringLiteral("0")));
         if (base < ServiceBase::Address || base > ServiceBase::Other)
             throw Error(340, QStringLiteral("Control array element '%1' doesn't exist").arg(base));
@@ -514,6 +522,11 @@ ServiceDefinition ServiceEditorWindow::editedService() const
     }
     s.countryFile = sCountryFile;
     s.defaultCountry = sDefaultCountry;
+    // Unchecked adds no key, so a service saved as it was keeps its file; only a "utf-8" it had is switched off.
+    if (m_encoding->isChecked())
+        s.encoding = kUtf8Encoding;
+    else if (IsUtf8Encoding(m_loadedEncoding))
+        s.encoding = QString();
     for (int row = 0; row < kFieldRows; ++row) {
         const QComboBox* field = m_fieldBoxes[size_t(row)];
         if (field->currentIndex() >= 0)

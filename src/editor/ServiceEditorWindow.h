@@ -10,6 +10,7 @@
 #include <array>
 #include <memory>
 
+class QCheckBox;
 class QComboBox;
 class QFrame;
 class QGroupBox;
@@ -97,6 +98,8 @@ private:
     QLineEdit* m_name = nullptr;
     QLineEdit* m_url = nullptr;
     QLabel* m_urlHint = nullptr;
+    QCheckBox* m_encoding = nullptr;
+    QString m_loadedEncoding; // the Encoding key of the service being edited, as the file has it
     std::array<QRadioButton*, 3> m_types{};
     QGroupBox* m_rowsFrame = nullptr;
     QLabel* m_headingField = nullptr;

@@ -20,9 +20,9 @@ constexpr int kUpdateQuestionStyle = Prompter::YesNo | Prompter::Question | Prom
 } // namespace
 
 ContactUpdater::ContactUpdater(ActSession& session, ContactForm& form, ContactCapture& capture, bool& addingContact,
-                               QObject* parent)
+                               HostTexts texts, QObject* parent)
     : QObject(parent), m_session(session), m_form(form), m_capture(capture), m_addingContact(addingContact),
-      m_phones(session)
+      m_phones(session), m_texts(std::move(texts))
 {
 }
 
@@ -119,7 +119,7 @@ QString ContactUpdater::valueToWrite(qint32 fieldId, const QString& text)
 void ContactUpdater::cmdUpdateACT_Click()
 {
     trappedSub(QStringLiteral("frmMain: Sub cmdUpdateACT_Click"), [&] {
-        if (Prompter::instance().message(kUpdateQuestion, kUpdateQuestionStyle, kUpdateQuestionTitle) !=
+        if (Prompter::instance().message(m_texts.updateQuestion(), kUpdateQuestionStyle, kUpdateQuestionTitle) !=
             Prompter::Yes)
             return;
         for (int i = 0; i < ContactForm::kSlots; ++i) {
@@ -132,7 +132,7 @@ void ContactUpdater::cmdUpdateACT_Click()
             m_session.setField(*fieldId, valueToWrite(*fieldId, m_form.text(i)));
         }
         m_session.command(ActSession::kCommandRefresh);
-        setUndo(kUndoUpdateCaption, true);
+        setUndo(m_texts.undoUpdateCaption(), true);
     });
 }
 
@@ -170,7 +170,7 @@ void ContactUpdater::cmdNewContact_Click()
 void ContactUpdater::mnuUndo_Click()
 {
     trappedSub(QStringLiteral("frmMain: Sub mnuUndo_Click"), [&] {
-        if (m_undoCaption == kUndoUpdateCaption) {
+        if (m_undoCaption == m_texts.undoUpdateCaption()) {
             for (int i = 0; i < ContactForm::kSlots; ++i) {
                 const std::optional<qint32> fieldId = fieldIdOf(i);
                 if (!fieldId)

@@ -3,6 +3,7 @@
 #include "act/ActSession.h"
 #include "act/ContactCapture.h"
 #include "act/ContactForm.h"
+#include "act/HostTexts.h"
 #include "act/PhoneFormat.h"
 
 #include <QObject>
@@ -13,14 +14,12 @@ namespace corvalent {
 
 // Puts grabbed text into the boxes, writes the boxes into the current contact or a new one, and undoes the last
 // grab or update. Which of the two undo plays back is decided by the undo entry's caption alone, so the window
-// binds its menu entry to undoCaption() and undoEnabled(). No widgets: the main window runs it.
+// binds its menu entry to undoCaption() and undoEnabled(); the update's caption names the contact manager, the
+// same one every time, so the decision holds whatever its name. No widgets: the main window runs it.
 class ContactUpdater : public QObject {
     Q_OBJECT
 public:
     static inline const QString kUndoGrabCaption = QStringLiteral("Undo last grab");
-    static inline const QString kUndoUpdateCaption = QStringLiteral("Undo Update ACT!");
-    static inline const QString kUpdateQuestion =
-        QStringLiteral("Are you sure you want to update ACT! current contact?");
     // The update question's title is this literal text, and stays so.
     static inline const QString kUpdateQuestionTitle = QStringLiteral("App.title");
     static constexpr int kGrabUndoSlots = 3;
@@ -31,7 +30,7 @@ public:
     // `addingContact` is held true while New Contact writes, so that the lookup change it causes is not taken
     // for the user's.
     ContactUpdater(ActSession& session, ContactForm& form, ContactCapture& capture, bool& addingContact,
-                   QObject* parent = nullptr);
+                   HostTexts texts, QObject* parent = nullptr);
 
     // The grab-undo record: the box each slot restores (-1 unused) and the text it held before the grab.
     std::array<qint16, kGrabUndoSlots> iGrabUndoField{-1, -1, -1};
@@ -76,7 +75,8 @@ private:
     ContactCapture& m_capture;
     bool& m_addingContact;
     PhoneFormatter m_phones;
-    QString m_undoCaption = kUndoUpdateCaption;
+    HostTexts m_texts;
+    QString m_undoCaption = m_texts.undoUpdateCaption();
     bool m_undoEnabled = false;
 };
 

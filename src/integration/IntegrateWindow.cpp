@@ -1,5 +1,6 @@
 #include "integration/IntegrateWindow.h"
 
+#include "act/HostTexts.h"
 #include "common/ControlName.h"
 #include "common/ErrorTrap.h"
 #include "common/ProgramTitle.h"
@@ -43,7 +44,7 @@ IntegrateWindow::IntegrateWindow(ActSession& session, AutomationBackend& backend
     : QDialog(parent), m_session(session), m_backend(backend)
 {
     setObjectName(QStringLiteral("frmIntegrate"));
-    setWindowTitle(QStringLiteral("Integrate with ACT!"));
+    setWindowTitle(HostTexts(backend.hostName()).integrateCaption());
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::ApplicationModal);
 
@@ -181,7 +182,8 @@ void IntegrateWindow::cmdOK_Click()
             Prompter::instance().message(kFailureMessage, Prompter::OkOnly);
             return;
         }
-        restart = Prompter::instance().message(kRestartQuestion, Prompter::YesNo, kRestartCaption) == Prompter::Yes;
+        const QString question = HostTexts(m_backend.hostName()).restartQuestion();
+        restart = Prompter::instance().message(question, Prompter::YesNo, kRestartCaption) == Prompter::Yes;
         loadBoxes();
     });
     accept();

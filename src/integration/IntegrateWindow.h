@@ -20,8 +20,6 @@ public:
     static constexpr int kViews = 6;
     static inline const QString kFailureMessage =
         QStringLiteral("Can't add icon or menu item automatically. You will need to proceed manually.");
-    static inline const QString kRestartQuestion =
-        QStringLiteral("You need to re-start ACT! for the changes to take effect!\r\nDo you want to re-start it now?");
     static inline const QString kRestartCaption = QStringLiteral("Restart");
 
     IntegrateWindow(ActSession& session, AutomationBackend& backend, QWidget* parent = nullptr);

@@ -8,6 +8,7 @@
 #include "request/PostalLookup.h"
 #include "request/RequestBuilder.h"
 #include "request/TextTransforms.h"
+#include "request/ValueEncoding.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -19,22 +20,40 @@ QString PostPagePath()
     return ProgramFolder::join(ProgramFolder::path(), kPostPageName);
 }
 
+namespace {
+
+QString inputLine(const QString& name, const QString& value, bool utf8)
+{
+    if (utf8) {
+        return QStringLiteral("<input type=text name=\"") + name.toHtmlEscaped() + QStringLiteral("\" value=\"")
+            + value.toHtmlEscaped() + QStringLiteral("\">");
+    }
+    return QStringLiteral("<input type=text name=") + name + QStringLiteral(" value=") + Remove_Accents(value)
+        + QStringLiteral(">");
+}
+
+} // namespace
+
 QByteArray PostPageContent(const QString& serviceFile, const FieldTexts& fields)
 {
+    const bool utf8 = SendsUtf8(serviceFile);
     QStringList lines;
-    lines << QStringLiteral("<html><body>") << QStringLiteral("<span style=visibility:hidden>")
+    // The page tells the browser its charset, which the browser then posts the form in.
+    const QString top = utf8 ? QStringLiteral("<html><head><meta charset=\"utf-8\"></head><body>")
+                             : QStringLiteral("<html><body>");
+    lines << top << QStringLiteral("<span style=visibility:hidden>")
           << QStringLiteral("<form NAME=SearchQuick method=POST action='") + kPostalFormAction + QStringLiteral("'>");
     for (int row = 0; row < kFieldRows; ++row) {
         const auto name = RequestVariable(serviceFile, row);
         if (!name || fields[row].isEmpty())
             continue;
-        lines << QStringLiteral("<input type=text name=") + *name + QStringLiteral(" value=")
-                     + Remove_Accents(fields[row]) + QStringLiteral(">");
+        lines << inputLine(*name, fields[row], utf8);
     }
     lines << QStringLiteral("</form></span>") << QStringLiteral("<script>")
           << QStringLiteral("document.SearchQuick.submit();") << QStringLiteral("</script>")
           << QStringLiteral("</body></html>");
-    return Windows1252::encode(lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n"));
+    const QString page = lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n");
+    return utf8 ? page.toUtf8() : Windows1252::encode(page);
 }
 
 void WritePostPage(const QString& serviceFile, const FieldTexts& fields)

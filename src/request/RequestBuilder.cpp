@@ -3,6 +3,7 @@
 #include "common/ProgramFolder.h"
 #include "request/CountryMapping.h"
 #include "request/TextTransforms.h"
+#include "request/ValueEncoding.h"
 #include "services/ServiceCatalogue.h"
 #include "services/ServiceDefinition.h"
 
@@ -35,14 +36,18 @@ QString BuildRequest(const QString& serviceFile, const FieldTexts& fields, const
     if (!request.startsWith(QLatin1String("http://"), Qt::CaseInsensitive))
         request.prepend(QLatin1String("http://"));
 
+    const bool utf8 = SendsUtf8(serviceFile);
     for (int row = 0; row < kFieldRows; ++row) {
         const auto name = RequestVariable(serviceFile, row);
         if (!name || fields[row].isEmpty())
             continue;
         if (!request.endsWith(QLatin1Char('?')))
             request += QLatin1Char('&');
-        const QString value = row == kCountryRow ? Get_Country(fields[kCountryRow], countryFilePath, serviceFile)
-                                                 : Remove_Accents(fields[row]);
+        QString value = row == kCountryRow ? Get_Country(fields[kCountryRow], countryFilePath, serviceFile)
+                        : utf8             ? fields[row]
+                                           : Remove_Accents(fields[row]);
+        if (utf8)
+            value = PercentEncodeUtf8(value);
         request += *name + QLatin1Char('=') + value;
     }
     return request;

@@ -24,6 +24,8 @@ IniKeys serviceKeys(const ServiceDefinition& s)
         add(QStringLiteral("Base"), QString::number(s.base));
     add(QStringLiteral("CountryFile"), s.countryFile);
     add(QStringLiteral("DefaultCountry"), s.defaultCountry);
+    if (s.encoding)
+        add(kEncodingKey, *s.encoding);
     for (int row = 0; row < kFieldRows; ++row) {
         if (!s.fields[row])
             continue;
@@ -43,6 +45,11 @@ IniKeys serviceKeys(const ServiceDefinition& s)
 QString ServiceSetting(const QString& serviceFile, const QString& key, const QString& fallback)
 {
     return GetKeyValue(kServiceSection, key, fallback, QString(), QString(), serviceFile);
+}
+
+bool IsUtf8Encoding(const QString& value)
+{
+    return value.compare(kUtf8Encoding, Qt::CaseInsensitive) == 0;
 }
 
 QString StoredName(const QString& displayName)
@@ -69,6 +76,8 @@ ServiceDefinition ReadServiceDefinition(const QString& path)
     s.base = IsNumeric(base) ? int(Val(base)) : ServiceBase::None;
     s.countryFile = ServiceSetting(path, QStringLiteral("CountryFile"));
     s.defaultCountry = ServiceSetting(path, QStringLiteral("DefaultCountry"), QStringLiteral("US"));
+    if (const QString encoding = ServiceSetting(path, kEncodingKey); !encoding.isEmpty())
+        s.encoding = encoding;
     for (int row = 0; row < kFieldRows; ++row) {
         s.fields[row] = int(Val(ServiceSetting(path, QStringLiteral("F%1").arg(row), QStringLiteral("0"))));
         s.phoneFormats[row] = ServiceSetting(path, QStringLiteral("PhFormat%1").arg(row));

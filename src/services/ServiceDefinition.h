@@ -30,6 +30,12 @@ constexpr int Other = 2;
 // The section every key of a service file lives in.
 inline const QString kServiceSection = QStringLiteral("Settings");
 
+// How a service wants its values sent: "utf-8" (in any case, as charset names go) asks for UTF-8, percent-encoded;
+// a missing key and any other value keep values unescaped and accent-folded.
+inline const QString kEncodingKey = QStringLiteral("Encoding");
+inline const QString kUtf8Encoding = QStringLiteral("utf-8");
+bool IsUtf8Encoding(const QString& value);
+
 // Service names may hold "."; file names and the Name key hold "~" in their place, because the first "." of a
 // file name would be taken for the start of its extension.
 // One key of a service file's "Settings" section, with the caller's default for a missing or empty key.
@@ -47,6 +53,7 @@ struct ServiceDefinition {
     int base = ServiceBase::None;
     QString countryFile;
     QString defaultCountry;
+    std::optional<QString> encoding; // the Encoding key; none: not written, so an edited file keeps its own
     std::array<std::optional<int>, kFieldRows> fields{};
     std::array<std::optional<QString>, kFieldRows> phoneFormats; // written only for rows whose field is PhoneNumbers
     std::array<QString, kFieldRows> variables;

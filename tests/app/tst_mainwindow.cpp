@@ -22,14 +22,17 @@ namespace {
 // A contact manager that is not there: nothing can be created.
 class AbsentBackend : public AutomationBackend {
 public:
+    explicit AbsentBackend(QString name = u"Corvalent Contacts"_s) : m_name(std::move(name)) {}
     AutomationPtr create(const QString&, std::source_location at) override
     {
         throw Error(ErrorNumber::CannotCreateObject, at);
     }
     HostEvents& events() override { return m_events; }
+    QString hostName() const override { return m_name; }
 
 private:
     HostEvents m_events;
+    QString m_name;
 };
 
 enum Refusal { SecondInstance, NoContactManager, NoDatabase };
@@ -114,10 +117,13 @@ private slots:
                                          << 0;
         QTest::newRow("no contact manager")
             << int(NoContactManager)
-            << u"Unable to communicate with ACT!\rPlease run actreg.exe located in the ACT folder and try again"_s
+            << u"Unable to communicate with Corvalent Contacts!\rPlease start Corvalent Contacts, open a database and "
+               u"try again"_s
             << 16;
-        QTest::newRow("no database open") << int(NoDatabase)
-                                           << u"Please open an ACT database prior to running Corvalent!"_s << 48;
+        QTest::newRow("no database open")
+            << int(NoDatabase)
+            << u"Please open a database in Corvalent Contacts (File > Open Database) prior to running Corvalent!"_s
+            << 48;
     }
     void refusals()
     {
@@ -153,6 +159,64 @@ private slots:
             m->host.host.moveTo(m->host.ids[1]);
             QTRY_COMPARE(m->box(0)->text(), u"Anne Martin"_s);
         }
+    }
+
+    // Every text that names the contact manager, beside ACT! (its own texts, word for word) and beside ours; the
+    // update's undo plays back whatever the name in its caption.
+    void hostNamedTexts_data()
+    {
+        QTest::addColumn<QString>("host");
+        QTest::addColumn<QStringList>("texts"); // unreachable, no database, menu item, update, undo, caption, restart
+        QTest::newRow("ACT!") << u"ACT!"_s << QStringList{
+            u"Unable to communicate with ACT!\rPlease run actreg.exe located in the ACT folder and try again"_s,
+            u"Please open an ACT database prior to running Corvalent!"_s,
+            u"Integrate with ACT!..."_s,
+            u"Are you sure you want to update ACT! current contact?"_s,
+            u"Undo Update ACT!"_s,
+            u"Integrate with ACT!"_s,
+            u"You need to re-start ACT! for the changes to take effect!\r\nDo you want to re-start it now?"_s};
+        QTest::newRow("Corvalent Contacts") << u"Corvalent Contacts"_s << QStringList{
+            u"Unable to communicate with Corvalent Contacts!\rPlease start Corvalent Contacts, open a database and "
+            u"try again"_s,
+            u"Please open a database in Corvalent Contacts (File > Open Database) prior to running Corvalent!"_s,
+            u"Integrate with Corvalent Contacts..."_s,
+            u"Are you sure you want to update the current contact in Corvalent Contacts?"_s,
+            u"Undo Update Corvalent Contacts"_s,
+            u"Integrate with Corvalent Contacts"_s,
+            u"You need to re-start Corvalent Contacts for the changes to take effect!\r\nDo you want to re-start it "
+            u"now?"_s};
+    }
+    void hostNamedTexts()
+    {
+        QFETCH(QString, host);
+        QFETCH(QStringList, texts);
+        AbsentBackend absent(host);
+        test::InProcessBackend backend(m->host.host, host);
+        MainWindow& w = m->start(&backend);
+        QVERIFY(m->started);
+        QCOMPARE(w.findChild<QAction*>(u"mnuIntegrate"_s)->text(), texts[2]);
+        m->type(0, u"Someone Else"_s);
+        m->prompter->scriptAnswer(Prompter::Yes);
+        QTest::mouseClick(m->widget<QPushButton>(u"cmdUpdateACT"_s), Qt::LeftButton);
+        QAction* undo = w.findChild<QAction*>(u"mnuUndo"_s);
+        QCOMPARE(undo->text(), texts[4]);
+        undo->trigger();
+        QCOMPARE(m->host.host.store().fieldText(m->host.ids[0], 26), u"Jean Tremblay"_s);
+
+        w.findChild<QAction*>(u"mnuIntegrate"_s)->trigger();
+        QPointer<QDialog> integrate = w.findChild<QDialog*>(u"frmIntegrate"_s);
+        QVERIFY(integrate);
+        QCOMPARE(integrate->windowTitle(), texts[5]);
+        QTest::mouseClick(integrate->findChild<QCheckBox*>(u"chkScreen(0)"_s), Qt::LeftButton);
+        m->prompter->scriptAnswer(Prompter::No);
+        QTest::mouseClick(integrate->findChild<QPushButton*>(u"cmdOK"_s), Qt::LeftButton);
+        QTRY_VERIFY(integrate.isNull());
+        w.close();
+
+        m->start(&absent).close();
+        m->host.host.closeDatabase();
+        m->start(&backend).close();
+        QCOMPARE(m->prompter->texts(), (QStringList{texts[3], texts[6], texts[0], texts[1]}));
     }
 
     void stateKeptBetweenRuns()
@@ -326,7 +390,7 @@ private slots:
         m->type(3, u"Québec"_s);
         QTest::keyClick(m->box(3), Qt::Key_Return);
         QCOMPARE(m->launcher->opened().size(), 1);
-        QVERIFY(m->launcher->opened()[0].target.contains(u"&city=Quebec&"_s));
+        QVERIFY(m->launcher->opened()[0].target.contains(u"&city=Qu%C3%A9bec&"_s));
         QVERIFY(!w.isVisible());
     }
 

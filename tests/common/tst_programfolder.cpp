@@ -74,8 +74,14 @@ private slots:
         writeFile(source + QStringLiteral("/Presets/A.isf"), "shipped A");
         writeFile(source + QStringLiteral("/Presets/B.isf"), "shipped B");
         writeFile(target + QStringLiteral("/Presets/A.isf"), "user's A");
+        // The desktop's and the contact manager's files stay where they are.
+        for (const char* other : {"/corvalent-contacts.desktop", "/corvalent-contacts-mime.xml", "/Phone.fmt",
+                                  "/icons/corvalent-16.png", "/CMakeLists.txt"})
+            writeFile(source + QLatin1String(other), "not the program folder's");
 
         QVERIFY(ProgramFolder::seed(target, source));
+        QCOMPARE(QDir(target).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 (QStringList{QStringLiteral("Presets"), QStringLiteral("Settings.ini")}));
         QCOMPARE(readFile(target + QStringLiteral("/Presets/A.isf")), QByteArray("user's A"));
         QCOMPARE(readFile(target + QStringLiteral("/Presets/B.isf")), QByteArray("shipped B"));
         QCOMPARE(readFile(target + QStringLiteral("/Settings.ini")), QByteArray("shipped"));

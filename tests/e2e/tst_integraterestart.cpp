@@ -87,8 +87,8 @@ private slots:
     void restartKeepsTheButton()
     {
         const QString addon = windowNow(m_addon, u"^Corvalent$"_s);
-        QVERIFY(type(addon, u"alt+o"_s) && type(addon, u"Return"_s)); // Options > Integrate with ACT!...
-        const QString integrate = waitForWindow(m_addon, u"^Integrate with ACT!$"_s);
+        QVERIFY(type(addon, u"alt+o"_s) && type(addon, u"Return"_s)); // Options > Integrate with Corvalent Contacts...
+        const QString integrate = waitForWindow(m_addon, u"^Integrate with Corvalent Contacts$"_s);
         QVERIFY2(!integrate.isEmpty(), qPrintable(windowTitles(m_addon).join(u", "_s)));
         QVERIFY(type(integrate, u"space"_s) && type(integrate, u"Return"_s)); // the Contacts toolbar, Close
         const QString question = waitForWindow(m_addon, u"^Restart$"_s);

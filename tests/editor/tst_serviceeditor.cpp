@@ -8,10 +8,12 @@
 #include "editor/ServiceEditorWindow.h"
 #include "request/Go.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QLabel>
 #include <QRadioButton>
+#include <QRegularExpression>
 
 using namespace corvalent;
 using namespace Qt::StringLiterals;
@@ -188,6 +190,41 @@ private slots:
         QCOMPARE(ServiceSetting(saved, u"PhFormat8"_s), u"4,5"_s);
     }
 
+    // The Encoding box shows whether the service sends UTF-8; a save writes "utf-8" when checked, empties only a
+    // "utf-8" that was unchecked, and otherwise adds no key and leaves the file's own value.
+    void encodingBox_data()
+    {
+        QTest::addColumn<QString>("stored"); // the key's line; "" when there is none
+        QTest::addColumn<bool>("checked");   // as loaded
+        QTest::addColumn<bool>("click");
+        QTest::addColumn<QString>("saved");  // the key's line after the save; "" when there is none
+        QTest::newRow("none, left") << QString() << false << false << QString();
+        QTest::newRow("none, checked") << QString() << false << true << u"Encoding=utf-8"_s;
+        QTest::newRow("UTF-8, left") << u"Encoding=UTF-8"_s << true << false << u"Encoding=utf-8"_s;
+        QTest::newRow("utf-8, cleared") << u"Encoding=utf-8"_s << true << true << u"Encoding="_s;
+        QTest::newRow("other, left") << u"Encoding=latin1"_s << false << false << u"Encoding=latin1"_s;
+    }
+    void encodingBox()
+    {
+        QFETCH(QString, stored);
+        QFETCH(bool, checked);
+        QFETCH(bool, click);
+        QFETCH(QString, saved);
+        const QString keys = u"Name=Enc|URL=h/s?|Base=2|DefaultCountry=CA|V0=n"_s;
+        const QString file = test::writeService(m->host.home, stored.isEmpty() ? keys : keys + u'|' + stored, u"Enc"_s);
+        QPointer<ServiceEditorWindow> w = open(ServiceEditorWindow::Mode::Edit);
+        choose(control<QComboBox>(w, u"cboPresets"_s), u"Enc"_s);
+        auto box = control<QCheckBox>(w, u"chkEncoding"_s);
+        QCOMPARE(box->isChecked(), checked);
+        if (click)
+            QTest::mouseClick(box, Qt::LeftButton);
+        QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
+        QTRY_VERIFY(w.isNull());
+        const QStringList lines = QString::fromUtf8(test::TestHome::read(file)).split(u"\r\n"_s);
+        QCOMPARE(lines.filter(QRegularExpression(u"^Encoding="_s)), saved.isEmpty() ? QStringList() : QStringList{saved});
+        QCOMPARE(ServiceSetting(file, u"DefaultCountry"_s), u"CA"_s);
+    }
+
     // The dialog reads the edited service's file and writes it at OK, before and whatever the editor's own save
     // (a cancelled editor writes nothing else); from a new service it starts empty every time and leaves the
     // writing to the save.
@@ -283,8 +320,10 @@ private slots:
         QVERIFY(w && w->isVisible() && w->isModal());
         QCOMPARE(control<QComboBox>(w, u"cboPresets"_s)->currentText(), test::kShippedButtons[0]);
         QVERIFY(control<QLabel>(w, u"lblFieldsNote"_s)->isHidden());
-        QVERIFY(edit(w, u"txtPreview"_s)->text().contains(u"Montreal"_s));
+        QVERIFY(edit(w, u"txtPreview"_s)->text().contains(u"Montr%C3%A9al"_s));
         typeInto(edit(w, u"txtVar(3)"_s), u"ville"_s);
+        QVERIFY(edit(w, u"txtPreview"_s)->text().contains(u"ville=Montr%C3%A9al"_s));
+        QTest::mouseClick(control<QCheckBox>(w, u"chkEncoding"_s), Qt::LeftButton);
         QVERIFY(edit(w, u"txtPreview"_s)->text().contains(u"ville=Montreal"_s));
         typeInto(edit(w, u"txtName"_s), u"OSM.map"_s);
         typeInto(edit(w, u"txtCustom(7)"_s), u"Extra"_s);

@@ -164,13 +164,13 @@ private slots:
         const QStringList a = kOriginal.mid(0, 7);
         QTest::newRow("update, answered No") << u"type update:no"_s << a << QStringList() << QString();
         QTest::newRow("update") << u"type update:yes"_s << typed << QStringList()
-                                << ContactUpdater::kUndoUpdateCaption;
+                                << u"Undo Update Corvalent Contacts"_s;
         QTest::newRow("update undone") << u"type update:yes undo"_s << a << QStringList() << QString();
         // The grab came last: undo takes the grab back, and the update stays.
         QTest::newRow("update, grab, undo") << u"type update:yes grab undo"_s << typed << QStringList() << QString();
         QTest::newRow("new contact") << u"type new"_s << a << typed << QString();
         QTest::newRow("new contact leaves the update undoable")
-            << u"type update:yes new"_s << typed << typed << ContactUpdater::kUndoUpdateCaption;
+            << u"type update:yes new"_s << typed << typed << u"Undo Update Corvalent Contacts"_s;
     }
     void updateNewContactAndUndo()
     {
@@ -190,7 +190,7 @@ private slots:
                 m->prompter->scriptAnswer(step.endsWith(u"yes") ? Prompter::Yes : Prompter::No);
                 QTest::mouseClick(m->widget<QPushButton>(u"cmdUpdateACT"_s), Qt::LeftButton);
                 const auto& asked = m->prompter->prompts().last();
-                QCOMPARE(asked.text, u"Are you sure you want to update ACT! current contact?"_s);
+                QCOMPARE(asked.text, u"Are you sure you want to update the current contact in Corvalent Contacts?"_s);
                 QCOMPARE(asked.style, 292);
                 QCOMPARE(asked.caption, u"App.title"_s);
             } else if (step == u"new") {

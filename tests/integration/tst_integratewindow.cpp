@@ -48,7 +48,7 @@ private slots:
         MainWindow& main = m->start();
         QPointer<IntegrateWindow> w = open(main);
         QVERIFY(w && w->isModal());
-        QCOMPARE(w->windowTitle(), u"Integrate with ACT!"_s);
+        QCOMPARE(w->windowTitle(), u"Integrate with Corvalent Contacts"_s);
         const QStringList views{u"Contacts"_s, u"Contact List"_s, u"Groups"_s, u"Task List"_s, u"Calendars"_s,
                                 u"E-mail"_s};
         for (int i = 0; i < 12; ++i)
@@ -89,14 +89,16 @@ private slots:
     // the restart set, which closes the contact manager and opens its database again.
     void close_data()
     {
+        const QString restart =
+            u"You need to re-start Corvalent Contacts for the changes to take effect!\r\nDo you want to re-start it now?"_s;
         QTest::addColumn<bool>("addFails");
         QTest::addColumn<int>("answer");
         QTest::addColumn<QStringList>("prompts");
         QTest::addColumn<bool>("restarted");
-        QTest::newRow("added, restart now") << false << int(Prompter::Yes) << QStringList{IntegrateWindow::kRestartQuestion}
+        QTest::newRow("added, restart now") << false << int(Prompter::Yes) << QStringList{restart}
                                             << true;
         QTest::newRow("added, restart later") << false << int(Prompter::No)
-                                              << QStringList{IntegrateWindow::kRestartQuestion} << false;
+                                              << QStringList{restart} << false;
         QTest::newRow("adding failed") << true << int(Prompter::Yes)
                                        << QStringList{IntegrateWindow::kFailureMessage, IntegrateWindow::kFailureMessage}
                                        << false;

@@ -42,6 +42,18 @@ private slots:
             << u"URL=h/s?|CountryFile=Countries.ini|V0=name|V6=country|V7=note"_s << u"0=Élise Côté|6=canada|7=Canada"_s
             << u"http://h/s?name=elise Cate&country=CA&note=Canada"_s;
         QTest::newRow("bare address") << u"URL=h/p"_s << u"0=a|1=b|6=Canada"_s << u"http://h/p"_s;
+        // Encoding=utf-8: every value whole, RFC 3986 unreserved characters kept, the fixed part as written.
+        QTest::newRow("utf-8: escaped, not folded")
+            << u"URL=h/s?a=b c|Encoding=utf-8|V0=n|V1=q|V2=x"_s
+            << u"0=Procter & Gamble|1=A+B = #1 50% ?/x|2=Côté ~._-ô 😀"_s
+            << u"http://h/s?a=b c&n=Procter%20%26%20Gamble&q=A%2BB%20%3D%20%231%2050%25%20%3F%2Fx"
+               u"&x=C%C3%B4t%C3%A9%20~._-%C3%B4%20%F0%9F%98%80"_s;
+        QTest::newRow("utf-8 in any case, country mapped")
+            << u"URL=h/s?|Encoding= UTF-8 |CountryFile=Countries.ini|V0=n|V6=c"_s << u"0=Élise|6=canada"_s
+            << u"http://h/s?n=%C3%89lise&c=CA"_s;
+        QTest::newRow("another encoding: the old rule") << u"URL=h/s?|Encoding=utf8|V0=n|V1=q"_s
+                                                        << u"0=Élise Côté|1=A & B"_s
+                                                        << u"http://h/s?n=elise Cate&q=A & B"_s;
 
         // The country row: whole text in any case in the country file's Countries section, else DefaultCountry,
         // else US; without a country file, Settings.ini maps.

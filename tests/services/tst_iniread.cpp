@@ -17,7 +17,8 @@ class TestIniRead : public QObject {
     IniFiles m_files;
 
 private slots:
-    // Files as people write them by hand; null bytes mean there is no file at all.
+    // Files as people write them by hand, each with LF and with CR LF line ends; null bytes mean there is no file
+    // at all.
     void read_data()
     {
         QTest::addColumn<QByteArray>("bytes");
@@ -25,37 +26,43 @@ private slots:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("expected");
 
+        const auto row = [](const char* tag, const QByteArray& lf, const char* section, const char* key,
+                            const QString& expected) {
+            QTest::addRow("%s, LF", tag) << lf << QString::fromUtf8(section) << QString::fromUtf8(key) << expected;
+            QTest::addRow("%s, CR LF", tag) << QByteArray(lf).replace("\n", "\r\n") << QString::fromUtf8(section)
+                                            << QString::fromUtf8(key) << expected;
+        };
         const QByteArray dup("[A]\nk=1\n[A]\nk=3\nj=4\n[B]\nk=2\n");
         const QByteArray emoji("\xF0\x9F\x98\x80");
-        QTest::newRow("CRLF, UTF-8") << QByteArray("[A]\r\nk=Montr\xC3\xA9" "al\r\nj=w\r\n") << "A" << "k"
-                                     << "Montréal";
-        QTest::newRow("no final line break") << QByteArray("[A]\nk=v") << "A" << "k" << "v";
-        QTest::newRow("UTF-8 BOM") << QByteArray("\xEF\xBB\xBF[A]\r\nk=Montr\xC3\xA9" "al\r\n") << "A" << "k"
-                                   << "Montréal";
-        QTest::newRow("Windows-1252") << QByteArray("[A]\nk=\x80 \x93q\x94 Montr\xE9" "al\n") << "A" << "k"
-                                      << "€ “q” Montréal";
-        QTest::newRow("UTF-8 BOM, then 1252") << QByteArray("\xEF\xBB\xBF[A]\nk=caf\xE9\n") << "A" << "k" << "café";
-        QTest::newRow("duplicate key") << QByteArray("[A]\nk=1\nk=2\n") << "A" << "k" << "1";
-        QTest::newRow("duplicate section") << dup << "A" << "k" << "1";
-        QTest::newRow("duplicate section never read") << dup << "A" << "j" << kDefault;
-        QTest::newRow("section after a duplicate") << dup << "B" << "k" << "2";
-        QTest::newRow("case of names") << QByteArray("[SETTINGS]\nurl=MiXeD\n") << "Settings" << "URL" << "MiXeD";
-        QTest::newRow("blanks and tabs") << QByteArray(" [A] \n\t k \t=  a b\t \n") << "A" << " k " << "a b";
-        QTest::newRow("equals sign in value") << QByteArray("[A]\nk=a=b\n") << "A" << "k" << "a=b";
-        QTest::newRow("line without equals sign") << QByteArray("[A]\nk\nk=v\n") << "A" << "k" << "v";
-        QTest::newRow("one pair of quotes") << QByteArray("[A]\nk=\"\"x\"\"\n") << "A" << "k" << "\"x\"";
-        QTest::newRow("single quotes in blanks") << QByteArray("[A]\nk=  'x y'  \n") << "A" << "k" << "x y";
-        QTest::newRow("mismatched quotes") << QByteArray("[A]\nk=\"x'\n") << "A" << "k" << "\"x'";
-        QTest::newRow("a lone quote") << QByteArray("[A]\nk=\"\n") << "A" << "k" << "\"";
-        QTest::newRow("cut at 254") << "[A]\nk=" + QByteArray(254, 'a') + "bcd\n" << "A" << "k" << QString(254, u'a');
-        QTest::newRow("cut never splits a pair") << "[A]\nk=" + QByteArray(253, 'a') + emoji + "z\n" << "A" << "k"
-                                                 << QString(253, u'a');
-        QTest::newRow("pair before the cut kept") << "[A]\nk=" + QByteArray(252, 'a') + emoji + "z\n" << "A" << "k"
-                                                  << QString(252, u'a') + QString::fromUtf8(emoji);
-        QTest::newRow("empty value") << QByteArray("[A]\nk=\nk=x\n") << "A" << "k" << kDefault;
-        QTest::newRow("empty quotes") << QByteArray("[A]\nk= \"\" \n") << "A" << "k" << kDefault;
-        QTest::newRow("key before any section") << QByteArray("k=0\n[A]\nj=1\n") << "A" << "k" << kDefault;
-        QTest::newRow("missing section") << QByteArray("[A]\nk=1\n") << "B" << "k" << kDefault;
+        row("UTF-8", QByteArray("[A]\nk=Montr\xC3\xA9" "al\nj=w\n"), "A", "k", "Montréal");
+        row("no final line break", QByteArray("[A]\nk=v"), "A", "k", "v");
+        row("UTF-8 BOM", QByteArray("\xEF\xBB\xBF[A]\nk=Montr\xC3\xA9" "al\n"), "A", "k", "Montréal");
+        row("Windows-1252", QByteArray("[A]\nk=\x80 \x93q\x94 Montr\xE9" "al\n"), "A", "k", "€ “q” Montréal");
+        row("UTF-8 BOM, then 1252", QByteArray("\xEF\xBB\xBF[A]\nk=caf\xE9\n"), "A", "k", "café");
+        row("duplicate key", QByteArray("[A]\nk=1\nk=2\n"), "A", "k", "1");
+        row("duplicate section", dup, "A", "k", "1");
+        row("duplicate section never read", dup, "A", "j", kDefault);
+        row("section after a duplicate", dup, "B", "k", "2");
+        row("case of names", QByteArray("[SETTINGS]\nurl=MiXeD\n"), "Settings", "URL", "MiXeD");
+        row("blanks and tabs", QByteArray(" [A] \n\t k \t=  a b\t \n"), "A", " k ", "a b");
+        row("blanks inside the brackets", QByteArray("[A]\nk=0\n[ Spaced Section ]\nk=1\n[\tB\t]\nk=2\n"),
+            "Spaced Section", "k", "1");
+        row("tabs inside the brackets", QByteArray("[ Spaced Section ]\nk=1\n[\tB\t]\nk=2\n"), "B", "k", "2");
+        row("equals sign in value", QByteArray("[A]\nk=a=b\n"), "A", "k", "a=b");
+        row("line without equals sign", QByteArray("[A]\nk\nk=v\n"), "A", "k", "v");
+        row("one pair of quotes", QByteArray("[A]\nk=\"\"x\"\"\n"), "A", "k", "\"x\"");
+        row("single quotes in blanks", QByteArray("[A]\nk=  'x y'  \n"), "A", "k", "x y");
+        row("mismatched quotes", QByteArray("[A]\nk=\"x'\n"), "A", "k", "\"x'");
+        row("a lone quote", QByteArray("[A]\nk=\"\n"), "A", "k", "\"");
+        row("cut at 254", "[A]\nk=" + QByteArray(254, 'a') + "bcd\n", "A", "k", QString(254, u'a'));
+        row("cut never splits a pair", "[A]\nk=" + QByteArray(253, 'a') + emoji + "z\n", "A", "k",
+            QString(253, u'a'));
+        row("pair before the cut kept", "[A]\nk=" + QByteArray(252, 'a') + emoji + "z\n", "A", "k",
+            QString(252, u'a') + QString::fromUtf8(emoji));
+        row("empty value", QByteArray("[A]\nk=\nk=x\n"), "A", "k", kDefault);
+        row("empty quotes", QByteArray("[A]\nk= \"\" \n"), "A", "k", kDefault);
+        row("key before any section", QByteArray("k=0\n[A]\nj=1\n"), "A", "k", kDefault);
+        row("missing section", QByteArray("[A]\nk=1\n"), "B", "k", kDefault);
         QTest::newRow("missing file") << QByteArray() << "A" << "k" << kDefault;
     }
 

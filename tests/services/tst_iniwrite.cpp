@@ -13,36 +13,43 @@ class TestIniWrite : public QObject {
     IniFiles m_files;
 
 private slots:
-    // A file as someone left it (null: no file yet), one write of A/k, and the whole file expected afterwards.
+    // A file as someone left it (null: no file yet), one write of A/k, and the whole file expected afterwards;
+    // files that have line ends are tried with LF and with CR LF.
     void write_data()
     {
         QTest::addColumn<QByteArray>("before");
         QTest::addColumn<QString>("value");
         QTest::addColumn<QByteArray>("after");
 
+        const auto row = [](const char* tag, const QByteArray& before, const char* value, const QByteArray& after) {
+            const auto crlf = [](QByteArray lf) { return lf.replace("\n", "\r\n"); };
+            QTest::addRow("%s, LF", tag) << before << QString::fromUtf8(value) << after;
+            QTest::addRow("%s, CR LF", tag) << crlf(before) << QString::fromUtf8(value) << crlf(after);
+        };
         const auto utf16 = [](const QString& text) {
             return QByteArray("\xFF\xFE") + QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text));
         };
-        QTest::newRow("in place, hand-written lines kept, value as given")
-            << QByteArray("; hand\r\n[a]\r\n; note\r\nno key\r\n K = old\r\nj=1\r\n") << " \"q\" ;x"
-            << QByteArray("; hand\r\n[a]\r\n; note\r\nno key\r\nK= \"q\" ;x\r\nj=1\r\n");
-        QTest::newRow("in place, first of duplicates, named section only, UTF-8 without BOM")
-            << QByteArray("[B]\nk=keep\n[A]\nk=1\nk=2") << "Montréal"
-            << QByteArray("[B]\nk=keep\n[A]\nk=Montr\xC3\xA9" "al\nk=2");
-        QTest::newRow("new key before the blank line")
-            << QByteArray("[A]\r\nj=1\r\n\r\n[B]\r\n") << "2" << QByteArray("[A]\r\nj=1\r\nk=2\r\n\r\n[B]\r\n");
-        QTest::newRow("new key, no final line break") << QByteArray("[A]\nj=1") << "2" << QByteArray("[A]\nj=1\nk=2\n");
-        QTest::newRow("new section, LF kept") << QByteArray("[B]\nj=1") << "2" << QByteArray("[B]\nj=1\n\n[A]\nk=2\n");
-        QTest::newRow("new file") << QByteArray() << "1" << QByteArray("[A]\r\nk=1\r\n");
-        QTest::newRow("UTF-8 BOM kept") << QByteArray("\xEF\xBB\xBF[A]\r\nk=1\r\n") << "é"
-                                        << QByteArray("\xEF\xBB\xBF[A]\r\nk=\xC3\xA9\r\n");
-        QTest::newRow("Windows-1252 kept") << QByteArray("; caf\xE9\r\n[A]\r\nk=1\r\n") << "Québec €"
-                                           << QByteArray("; caf\xE9\r\n[A]\r\nk=Qu\xE9" "bec \x80\r\n");
-        QTest::newRow("UTF-8 BOM, then 1252 kept") << QByteArray("\xEF\xBB\xBF[A]\r\nc=\xE9\r\nk=1\r\n") << "2"
-                                                   << QByteArray("\xEF\xBB\xBF[A]\r\nc=\xE9\r\nk=2\r\n");
+        row("in place, hand-written lines kept, value as given",
+            QByteArray("; hand\n[a]\n; note\nno key\n K = old\nj=1\n"), " \"q\" ;x",
+            QByteArray("; hand\n[a]\n; note\nno key\nK= \"q\" ;x\nj=1\n"));
+        row("in place, first of duplicates, named section only, UTF-8 without BOM",
+            QByteArray("[B]\nk=keep\n[A]\nk=1\nk=2"), "Montréal",
+            QByteArray("[B]\nk=keep\n[A]\nk=Montr\xC3\xA9" "al\nk=2"));
+        row("new key before the blank line", QByteArray("[A]\nj=1\n\n[B]\n"), "2",
+            QByteArray("[A]\nj=1\nk=2\n\n[B]\n"));
+        row("new key, no final line break", QByteArray("[A]\nj=1"), "2", QByteArray("[A]\nj=1\nk=2\n"));
+        row("new key, blanks inside the brackets", QByteArray("[ B ]\nk=0\n[ a ]\nj=1\n[\tb\t]\n"), "2",
+            QByteArray("[ B ]\nk=0\n[ a ]\nj=1\nk=2\n[\tb\t]\n"));
+        row("new section, line ends kept", QByteArray("[B]\nj=1"), "2", QByteArray("[B]\nj=1\n\n[A]\nk=2\n"));
+        row("UTF-8 BOM kept", QByteArray("\xEF\xBB\xBF[A]\nk=1\n"), "é", QByteArray("\xEF\xBB\xBF[A]\nk=\xC3\xA9\n"));
+        row("Windows-1252 kept", QByteArray("; caf\xE9\n[A]\nk=1\n"), "Québec €",
+            QByteArray("; caf\xE9\n[A]\nk=Qu\xE9" "bec \x80\n"));
+        row("UTF-8 BOM, then 1252 kept", QByteArray("\xEF\xBB\xBF[A]\nc=\xE9\nk=1\n"), "2",
+            QByteArray("\xEF\xBB\xBF[A]\nc=\xE9\nk=2\n"));
         // Nothing may be lost: a character the code page cannot hold turns the whole file into UTF-8.
-        QTest::newRow("1252 becomes UTF-8") << QByteArray("[A]\r\nc=caf\xE9\r\n") << "Łódź"
-                                            << QByteArray("[A]\r\nc=caf\xC3\xA9\r\nk=\xC5\x81\xC3\xB3" "d\xC5\xBA\r\n");
+        row("1252 becomes UTF-8", QByteArray("[A]\nc=caf\xE9\n"), "Łódź",
+            QByteArray("[A]\nc=caf\xC3\xA9\nk=\xC5\x81\xC3\xB3" "d\xC5\xBA\n"));
+        QTest::newRow("new file") << QByteArray() << "1" << QByteArray("[A]\r\nk=1\r\n");
         QTest::newRow("UTF-16 kept") << utf16(QStringLiteral("[A]\r\nk=1\r\n")) << "Łódź"
                                      << utf16(QStringLiteral("[A]\r\nk=Łódź\r\n"));
     }

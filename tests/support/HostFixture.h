@@ -40,6 +40,7 @@ public:
         return wrap(m_inner.create(progId, at));
     }
     HostEvents& events() override { return m_inner.events(); }
+    QString hostName() const override { return m_inner.hostName(); }
 
     QStringList calls;
     int budget = -1; // calls left; -1: no limit

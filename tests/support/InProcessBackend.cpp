@@ -28,8 +28,8 @@ private:
 
 } // namespace
 
-InProcessBackend::InProcessBackend(host::ContactHost& host)
-    : m_host(&host)
+InProcessBackend::InProcessBackend(host::ContactHost& host, QString hostName)
+    : m_host(&host), m_hostName(std::move(hostName))
 {
     using host::ContactHost;
     const auto queued = Qt::QueuedConnection;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "act/AutomationBackend.h"
+#include "common/ProgramTitle.h"
 
 #include <QPointer>
 #include <memory>
@@ -18,17 +19,20 @@ namespace corvalent::test {
 // their way.
 class InProcessBackend : public AutomationBackend {
 public:
-    explicit InProcessBackend(host::ContactHost& host);
+    // `hostName` lets a test stand the model in for another contact manager, ACT! for one, to see its texts.
+    explicit InProcessBackend(host::ContactHost& host, QString hostName = QString::fromLatin1(kContactsTitle));
     ~InProcessBackend() override;
 
     AutomationPtr create(const QString& progId, std::source_location at = std::source_location::current()) override;
     HostEvents& events() override { return m_events; }
+    QString hostName() const override { return m_hostName; }
 
     // Once the host is gone, create() raises 429 as for a contact manager that is not running.
     host::ContactHost* host() const { return m_host; }
 
 private:
     QPointer<host::ContactHost> m_host;
+    QString m_hostName;
     HostEvents m_events;
     // Shared with the event controls handed out, which may outlive this backend.
     std::shared_ptr<bool> m_forwarding = std::make_shared<bool>(true);

@@ -55,25 +55,30 @@ private slots:
         const auto request = [&](const char* tag, const QString& items, const QByteArray& out) {
             QTest::newRow(tag) << u"request|"_s + QString(items).replace(u"|"_s, u"|--field|"_s) << 0 << out << none;
         };
+        // The shipped services send UTF-8, percent-encoded.
         request("SEC EDGAR", u"SEC EDGAR companies|1=Acme & Sons"_s,
-                "http://www.sec.gov/cgi-bin/browse-edgar?action=getcompany&company=Acme & Sons\n");
+                "http://www.sec.gov/cgi-bin/browse-edgar?action=getcompany&company=Acme%20%26%20Sons\n");
         request("OpenStreetMap",
                 u"OpenStreetMap address|0=Jean|1=Acme|2=1500 Rue Peel|3=Montréal|4=QC|5=H3A 1S9|6=canada"_s,
-                "http://nominatim.openstreetmap.org/ui/search.html?street=1500 Rue Peel&city=Montreal&state=QC"
-                "&postalcode=H3A 1S9&country=CA\n");
+                "http://nominatim.openstreetmap.org/ui/search.html?street=1500%20Rue%20Peel&city=Montr%C3%A9al"
+                "&state=QC&postalcode=H3A%201S9&country=CA\n");
         request("OpenCorporates", u"OpenCorporates|1=Café Müller"_s,
-                "http://opencorporates.com/companies?q=Cafe Muller\n");
+                "http://opencorporates.com/companies?q=Caf%C3%A9%20M%C3%BCller\n");
         request("Area code lookup", u"Area code lookup|0=Jean|7=514|8=555"_s,
                 "http://www.localcallingguide.com/lca_prefix.php?npa=514&nxx=555\n");
         request("Phone web search", u"Phone web search|7=(514) 555-0199"_s,
-                "http://www.google.com/search?q=(514) 555-0199\n");
+                "http://www.google.com/search?q=%28514%29%20555-0199\n");
         request("UK Companies House", u"UK Companies House|1=Tesco PLC|6=UK"_s,
-                "http://find-and-update.company-information.service.gov.uk/search/companies?q=Tesco PLC\n");
+                "http://find-and-update.company-information.service.gov.uk/search/companies?q=Tesco%20PLC\n");
         // By its display name; its country file is not there, and the POST page never needs it.
         request("postal page", u"Postal 2.1|1=España|3=Montréal|6=Canada"_s,
                 test::postPage("<input type=text name=company value=Espa\xf1" "a>\r\n"
                                "<input type=text name=city value=Montreal>\r\n"
                                "<input type=text name=country value=Canada>\r\n"));
+        request("postal page, UTF-8", u"Postal UTF-8|1=\"Ça\" & <Ltée>|3=Montréal"_s,
+                test::postPage("<input type=text name=\"company\" value=\"&quot;\xC3\x87" "a&quot; &amp; "
+                               "&lt;Lt\xC3\xA9" "e&gt;\">\r\n<input type=text name=\"city\" value=\"Montr\xC3\xA9" "al\">\r\n")
+                    .replace("<html><body>", "<html><head><meta charset=\"utf-8\"></head><body>"));
 
         const QByteArray nothing;
         QTest::newRow("no URL") << u"request|No URL"_s << 1 << nothing << u"No URL has been specified"_s;
@@ -110,6 +115,7 @@ private slots:
         test::writeService(m_home, test::kPostalUrl.toUpper() + gone, u"Postal 2~1"_s);
         test::writeService(m_home, u"URL=h/x?"_s + gone, u"Country gone"_s);
         test::writeService(m_home, u"V1=q"_s, u"No URL"_s);
+        test::writeService(m_home, test::kPostalUrl + u"|Encoding=utf-8|V1=company|V3=&city"_s, u"Postal UTF-8"_s);
 
         QStringList commands = QString(args).replace(u"%ini"_s, m_home.file(u"scratch.ini"_s)).split(u"|&&|"_s);
         const auto argv = [](const QString& command) { return command.isEmpty() ? QStringList() : command.split('|'); };
