@@ -71,9 +71,12 @@ void SingleInstance::listen()
         while (QLocalSocket* caller = m_server->nextPendingConnection()) {
             connect(caller, &QLocalSocket::disconnected, caller, &QObject::deleteLater);
             connect(caller, &QLocalSocket::readyRead, this, [this, caller] {
-                if (caller->readAll().contains(kComeForward))
-                    emit comeForwardRequested();
+                const bool asked = caller->readAll().contains(kComeForward);
                 caller->disconnectFromServer();
+                // Later, not from inside the socket's handler: coming forward waits for the window manager with
+                // the event loop running, and the socket may be deleted meanwhile.
+                if (asked)
+                    QMetaObject::invokeMethod(this, &SingleInstance::comeForwardRequested, Qt::QueuedConnection);
             });
         }
     });
