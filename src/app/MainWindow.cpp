@@ -6,6 +6,7 @@
 #include "app/ColourScheme.h"
 #include "common/ControlName.h"
 #include "app/ServicesPanel.h"
+#include "app/WindowPlacement.h"
 #include "common/ErrorTrap.h"
 #include "common/Launcher.h"
 #include "common/ProgramFolder.h"
@@ -32,20 +33,26 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QShortcut>
 #include <QStatusBar>
+#include <QToolButton>
 #include <QSignalBlocker>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <algorithm>
 
 namespace corvalent {
@@ -72,11 +79,24 @@ void markForScheme(QWidget* widget)
     widget->setProperty(kTagProperty, QStringLiteral("1"));
 }
 
-void keepPlaceWhenHidden(QWidget* widget)
+// The contact manager's main window is the one whose title starts so.
+const QString kHostWindowTitle = QStringLiteral("Corvalent Contacts");
+
+// Where the window opens when nothing is stored and the contact manager's window cannot be seen.
+constexpr QPoint kDefaultPosition(100, 100);
+
+// A menu item's caption with its first letter as mnemonic; the words stay as they are.
+QString withMnemonic(const QString& caption)
 {
-    QSizePolicy policy = widget->sizePolicy();
-    policy.setRetainSizeWhenHidden(true);
-    widget->setSizePolicy(policy);
+    return QLatin1Char('&') + caption;
+}
+
+QList<QRect> availableScreenAreas()
+{
+    QList<QRect> areas;
+    for (const QScreen* screen : QGuiApplication::screens())
+        areas << screen->availableGeometry();
+    return areas;
 }
 
 
@@ -101,7 +121,9 @@ MainWindow::MainWindow(AutomationBackend& backend, QWidget* parent)
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QString::fromLatin1(kProgramTitle));
-    setWindowFlag(Qt::WindowStaysOnTopHint);
+    // Always on top, and without a maximise button: the window is as large as its controls need, no larger.
+    setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                   Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint | Qt::WindowStaysOnTopHint);
     buildWindow();
     buildMenus();
     bindForm();
@@ -109,6 +131,7 @@ MainWindow::MainWindow(AutomationBackend& backend, QWidget* parent)
 
     connect(&m_follower, &HostFollower::captured, this, &MainWindow::reloadPhones);
     connect(&m_follower, &HostFollower::unloadRequested, this, &MainWindow::close);
+    connect(&m_instance, &SingleInstance::comeForwardRequested, this, &MainWindow::comeForward);
 }
 
 MainWindow::~MainWindow()
@@ -123,14 +146,26 @@ void MainWindow::buildWindow()
     auto central = new QWidget(this);
     central->setObjectName(QStringLiteral("picMain"));
     setCentralWidget(central);
-    auto column = new QVBoxLayout(central);
-    column->setSizeConstraint(QLayout::SetFixedSize);
+    auto outer = new QVBoxLayout(central);
+    // Everything above the buttons scrolls when the screen is too small for it (a large scaling factor on a
+    // small screen), so that GO and the buttons beside it stay reachable.
+    m_scroll = new QScrollArea(central);
+    m_scroll->setObjectName(QStringLiteral("scrMain"));
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    auto content = new QWidget;
+    content->setObjectName(QStringLiteral("picContent"));
+    m_content = content;
+    content->installEventFilter(this);
+    auto column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, 0, 0);
 
-    m_panel = new ServicesPanel(m_filling, central, central);
+    m_panel = new ServicesPanel(m_filling, central, content);
     column->addWidget(m_panel);
     connect(m_panel, &ServicesPanel::serviceSelected, this, &MainWindow::onServiceSelected);
 
-    auto contact = new QFrame(central);
+    auto contact = new QFrame(content);
     m_contactFrame = contact;
     central->installEventFilter(this);
     contact->installEventFilter(this);
@@ -151,7 +186,7 @@ void MainWindow::buildWindow()
         }
         markForScheme(label);
         // A service's own caption may be longer than the fixed ones; the column keeps its width all the same, so
-        // the window does not change size from one service to the next.
+        // the window keeps its width from one service to the next.
         label->setFixedWidth(label->fontMetrics().averageCharWidth() * 11);
 
         auto field = new QLineEdit(contact);
@@ -161,7 +196,7 @@ void MainWindow::buildWindow()
         field->installEventFilter(this);
         label->setBuddy(field);
 
-        auto grab = new QPushButton(tr("Grab"), contact);
+        auto grab = new QPushButton(tr("G&rab"), contact);
         grab->setObjectName(ControlName("cmdGrab", i));
         // Ctrl+1 to Ctrl+9 for the first nine boxes, Ctrl+0 for the tenth, as the digits lie on the keyboard. They
         // work from the Smart Data Collector too, which hands its lines to these buttons.
@@ -185,12 +220,12 @@ void MainWindow::buildWindow()
     }
     column->addWidget(contact);
 
-    m_optionRow = new QWidget(central);
+    m_optionRow = new QWidget(content);
     m_optionRow->setObjectName(QStringLiteral("fraOptions"));
     auto options = new QHBoxLayout(m_optionRow);
     options->setContentsMargins(0, 0, 0, 0);
     m_optionGroup = new QButtonGroup(this);
-    const std::array<QString, 3> optionCaptions{tr("Business"), tr("Home"), tr("Custom")};
+    const std::array<QString, 3> optionCaptions{tr("&Business"), tr("Ho&me"), tr("Cu&stom")};
     for (int i = 0; i < 3; ++i) {
         auto option = new QRadioButton(optionCaptions[size_t(i)], m_optionRow);
         option->setObjectName(ControlName("optOption", i));
@@ -199,10 +234,9 @@ void MainWindow::buildWindow()
         m_options[size_t(i)] = option;
     }
     options->addStretch();
-    keepPlaceWhenHidden(m_optionRow);
     column->addWidget(m_optionRow);
 
-    m_phoneRow = new QWidget(central);
+    m_phoneRow = new QWidget(content);
     m_phoneRow->setObjectName(QStringLiteral("fraPhone"));
     auto phoneLine = new QHBoxLayout(m_phoneRow);
     phoneLine->setContentsMargins(0, 0, 0, 0);
@@ -215,12 +249,13 @@ void MainWindow::buildWindow()
     phoneLabel->setBuddy(m_phones);
     phoneLine->addWidget(phoneLabel);
     phoneLine->addWidget(m_phones, 1);
-    keepPlaceWhenHidden(m_phoneRow);
     column->addWidget(m_phoneRow);
 
-    m_keepOpen = new QCheckBox(QStringLiteral("Do not close this window after the request is sent."), central);
+    m_keepOpen = new QCheckBox(QStringLiteral("Do not close this &window after the request is sent."), content);
     m_keepOpen->setObjectName(QStringLiteral("chkClose"));
     column->addWidget(m_keepOpen);
+    m_scroll->setWidget(content);
+    outer->addWidget(m_scroll);
 
     auto buttons = new QHBoxLayout;
     auto update = new QPushButton(tr("&Update Contact"), central);
@@ -235,7 +270,7 @@ void MainWindow::buildWindow()
     connect(add, &QPushButton::clicked, this, &MainWindow::cmdNewContact_Click);
     m_update = update;
     m_newContact = add;
-    m_go = new QPushButton(tr("GO"), central);
+    m_go = new QPushButton(tr("&GO"), central);
     m_go->setObjectName(QStringLiteral("cmdGO"));
     m_go->setToolTip(tr("Open the selected service in the browser for this contact"));
     m_go->setDefault(true);
@@ -244,8 +279,9 @@ void MainWindow::buildWindow()
     buttons->addWidget(add);
     buttons->addStretch();
     buttons->addWidget(m_go);
-    column->addLayout(buttons);
+    outer->addLayout(buttons);
     m_panel->setGoButton(m_go);
+    setTabOrderByRows();
     // Says what a grab brought when it is not what the user may expect (no browser, a cut text).
     statusBar()->setSizeGripEnabled(false);
 
@@ -269,43 +305,43 @@ void MainWindow::buildMenus()
         action->setObjectName(QLatin1String(name));
         return action;
     };
-    // The menu titles take Alt with their first letter; the items keep their captions exactly as users know them
-    // and are reached in an open menu by their first letter or the arrows.
+    // The menu titles take Alt with their first letter; the items keep their words as users know them, with a
+    // mnemonic each.
     QMenu* file = addMenu("mnuServices", tr("&File"));
-    connect(addItem(file, "mnuSettings", QStringLiteral("New Service...")), &QAction::triggered, this,
+    connect(addItem(file, "mnuSettings", QStringLiteral("&New Service...")), &QAction::triggered, this,
             &MainWindow::mnuSettings_Click);
-    connect(addItem(file, "mnuManage", QStringLiteral("Manage Services...")), &QAction::triggered, this,
+    connect(addItem(file, "mnuManage", QStringLiteral("&Manage Services...")), &QAction::triggered, this,
             &MainWindow::mnuManage_Click);
     file->addSeparator();
-    QAction* exit = addItem(file, "mnuExit", QStringLiteral("Exit"));
+    QAction* exit = addItem(file, "mnuExit", QStringLiteral("E&xit"));
     connect(exit, &QAction::triggered, this, &MainWindow::close);
 
     QMenu* edit = addMenu("mnuEdit1", tr("&Edit"));
-    m_undo = addItem(edit, "mnuUndo", m_updater.undoCaption());
+    m_undo = addItem(edit, "mnuUndo", withMnemonic(m_updater.undoCaption()));
     m_undo->setEnabled(false);
     m_undo->setShortcut(QKeySequence::Undo);
     m_undo->setShortcutContext(Qt::ApplicationShortcut);
     connect(m_undo, &QAction::triggered, this, &MainWindow::mnuUndo_Click);
-    connect(addItem(edit, "mnuEdit", QStringLiteral("Edit a Service...")), &QAction::triggered, this,
+    connect(addItem(edit, "mnuEdit", QStringLiteral("&Edit a Service...")), &QAction::triggered, this,
             &MainWindow::mnuEdit_Click);
 
     QMenu* contact = addMenu("mnuCOntact", tr("&Contact"));
-    connect(addItem(contact, "mnuClearAll", QStringLiteral("Clear all fields")), &QAction::triggered, this,
+    connect(addItem(contact, "mnuClearAll", QStringLiteral("&Clear all fields")), &QAction::triggered, this,
             &MainWindow::mnuClearAll_Click);
-    connect(addItem(contact, "mnuLoadAll", QStringLiteral("Load all fields")), &QAction::triggered, this,
+    connect(addItem(contact, "mnuLoadAll", QStringLiteral("&Load all fields")), &QAction::triggered, this,
             &MainWindow::mnuLoadAll_Click);
 
     QMenu* options = addMenu("mnuOptions", tr("&Options"));
-    const QString integrate = HostTexts(m_backend.hostName()).integrateMenuItem();
+    const QString integrate = QLatin1Char('&') + HostTexts(m_backend.hostName()).integrateMenuItem();
     connect(addItem(options, "mnuIntegrate", integrate), &QAction::triggered, this,
             &MainWindow::mnuIntegrate_Click);
-    connect(addItem(options, "mnuPreferences", QStringLiteral("Preferences...")), &QAction::triggered, this,
+    connect(addItem(options, "mnuPreferences", QStringLiteral("&Preferences...")), &QAction::triggered, this,
             &MainWindow::mnuPreferences_Click);
 
     QMenu* help = addMenu("mnuHelp", tr("&Help"));
-    connect(addItem(help, "mnuOnline", QStringLiteral("Online Help")), &QAction::triggered, this,
+    connect(addItem(help, "mnuOnline", QStringLiteral("&Online Help")), &QAction::triggered, this,
             &MainWindow::mnuOnline_Click);
-    connect(addItem(help, "mnuInstructions", QStringLiteral("User's manual")), &QAction::triggered, this,
+    connect(addItem(help, "mnuInstructions", QStringLiteral("User's &manual")), &QAction::triggered, this,
             &MainWindow::mnuInstructions_Click);
 
     m_popup = new QMenu(this);
@@ -385,6 +421,7 @@ bool MainWindow::Form_Load()
     trappedSub(QStringLiteral("frmMain: Sub Form_Load"), [&] {
         if (!m_instance.acquire()) {
             Prompter::instance().message(kAlreadyRunningMessage, Prompter::OkOnly);
+            m_instance.askHolderToComeForward();
             StartFailed = true;
             return;
         }
@@ -417,8 +454,7 @@ bool MainWindow::Form_Load()
 
         Refresh_Labels();
         layOutForService();
-        move(int(Val(GetSetting(QStringLiteral("Left"), QStringLiteral("100")))),
-             int(Val(GetSetting(QStringLiteral("Top"), QStringLiteral("100")))));
+        placeWindow();
     });
     if (StartFailed)
         close();
@@ -435,8 +471,10 @@ void MainWindow::Form_Unload()
         const int pressed = m_panel->pressedButton();
         if (pressed >= 0)
             SaveSetting(QStringLiteral("Pressed"), QString::number(pressed));
-        SaveSetting(QStringLiteral("Left"), QString::number(pos().x()));
-        SaveSetting(QStringLiteral("Top"), QString::number(pos().y()));
+        // The position of the inside of the window, as it is restored: the frame's size is the window manager's
+        // and may differ from one start to the next.
+        SaveSetting(QStringLiteral("Left"), QString::number(geometry().x()));
+        SaveSetting(QStringLiteral("Top"), QString::number(geometry().y()));
         SaveSetting(QStringLiteral("Close"), m_keepOpen->isChecked() ? QStringLiteral("1") : QStringLiteral("0"));
         SaveSetting(QStringLiteral("Option"), QString::number(m_form.addressOption()));
         const int phone = m_form.currentPhone();
@@ -509,6 +547,7 @@ void MainWindow::Resize_Form(int Base)
             phoneRow = phoneRow || ServiceSetting(currentServiceFile(), QStringLiteral("F%1").arg(row)) == QLatin1String("888");
         m_optionRow->setVisible(Base == ServiceBase::Address);
         m_phoneRow->setVisible(Base == ServiceBase::Phone || phoneRow);
+        fitToScreen();
     });
 }
 
@@ -600,8 +639,7 @@ void MainWindow::openServiceEditor(ServiceEditorWindow::Mode mode, const QString
     if (m_editor)
         m_editor->close();
     m_editor = new ServiceEditorWindow(mode, m_session.isOpen() ? &m_session : nullptr, &m_form, this);
-    // Above this window, which stays above every other.
-    m_editor->setWindowFlag(Qt::WindowStaysOnTopHint);
+    keepAbove(m_editor);
     connect(m_editor, &ServiceEditorWindow::serviceSaved, this, &MainWindow::serviceSaved);
     m_editor->bOpenCountry = openCountry;
     m_editor->Form_Load();
@@ -624,7 +662,7 @@ void MainWindow::serviceSaved(const QString& file, const QString& previousFile)
 void MainWindow::mnuPreferences_Click()
 {
     auto window = new PreferencesWindow(this);
-    window->setWindowFlag(Qt::WindowStaysOnTopHint);
+    keepAbove(window);
     connect(window, &PreferencesWindow::applied, this, [this] {
         Refresh_Colors();
         Refresh_Labels();
@@ -636,7 +674,7 @@ void MainWindow::mnuPreferences_Click()
 void MainWindow::mnuIntegrate_Click()
 {
     auto window = new IntegrateWindow(m_session, m_backend, this);
-    window->setWindowFlag(Qt::WindowStaysOnTopHint);
+    keepAbove(window);
     connect(window, &IntegrateWindow::restartRequested, this, [this] {
         m_follower.RestartPending = true;
         close();
@@ -687,6 +725,7 @@ void MainWindow::mnuManage_Click()
         // Modal to this window without a nested event loop; the service lists read the Presets folder afresh
         // whenever they are opened, so they show what it installed or deleted.
         auto* manage = new ManageWindow(PresetsDir(), ServicesServer(), this);
+        keepAbove(manage);
         manage->open();
     });
 }
@@ -707,7 +746,8 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
     }
     // A click on the window's background hands the collector's next line on, as its Next button does; not a click
     // on a caption or a row that passed the press on to the background.
-    if (event->type() == QEvent::MouseButtonPress && (watched == centralWidget() || watched == m_contactFrame)) {
+    if (event->type() == QEvent::MouseButtonPress &&
+        (watched == centralWidget() || watched == m_content || watched == m_contactFrame)) {
         const auto* press = static_cast<QMouseEvent*>(event);
         const auto* background = static_cast<QWidget*>(watched);
         if (bSmartParserOn && m_smartParser && press->button() == Qt::LeftButton &&
@@ -733,7 +773,7 @@ namespace corvalent {
 void MainWindow::bindGrab()
 {
     connect(&m_updater, &ContactUpdater::undoChanged, this, [this] {
-        m_undo->setText(m_updater.undoCaption());
+        m_undo->setText(withMnemonic(m_updater.undoCaption()));
         m_undo->setEnabled(m_updater.undoEnabled());
     });
 }
@@ -844,6 +884,114 @@ void MainWindow::cmdNewContact_Click()
 void MainWindow::mnuUndo_Click()
 {
     m_updater.mnuUndo_Click();
+}
+
+} // namespace corvalent
+
+namespace corvalent {
+
+void MainWindow::setTabOrderByRows()
+{
+    QList<QWidget*> order;
+    for (int i = 0; i < ServicesPanel::kButtons; ++i)
+        order << m_panel->button(i) << m_panel->arrow(i);
+    for (int i = 0; i < ContactForm::kSlots; ++i)
+        order << m_fields[size_t(i)] << m_grab[size_t(i)];
+    for (QRadioButton* option : m_options)
+        order << option;
+    order << m_phones << m_keepOpen << m_update << m_newContact << m_go;
+    for (qsizetype i = 1; i < order.size(); ++i)
+        QWidget::setTabOrder(order.at(i - 1), order.at(i));
+}
+
+QMargins MainWindow::frameAllowance() const
+{
+    const QRect frame = frameGeometry();
+    const QRect inside = geometry();
+    if (frame != inside)
+        return {inside.left() - frame.left(), inside.top() - frame.top(), frame.right() - inside.right(),
+                frame.bottom() - inside.bottom()};
+    if (const QWindow* handle = windowHandle(); handle && !handle->frameMargins().isNull())
+        return handle->frameMargins();
+    // Before the window manager has framed the window: the style's idea of a frame, so that neither the title bar
+    // nor a border ends up off the screen.
+    const int border = style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
+    return {border, style()->pixelMetric(QStyle::PM_TitleBarHeight) + border, border, border};
+}
+
+void MainWindow::fitToScreen()
+{
+    QWidget* content = m_scroll->widget();
+    content->adjustSize();
+    const QSize wanted = content->sizeHint();
+    m_scroll->setFixedSize(wanted);
+    centralWidget()->adjustSize();
+    const QSize whole = sizeHint();
+    const QScreen* shownOn = screen() ? screen() : QGuiApplication::primaryScreen();
+    const QSize room = shownOn ? shownOn->availableGeometry().marginsRemoved(frameAllowance()).size() : whole;
+    if (whole.height() > room.height() || whole.width() > room.width()) {
+        // The scrolled part gives up what the screen lacks, and makes room for the scroll bar it then needs.
+        const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+        const QSize around = whole - wanted;
+        const int height = std::min(wanted.height(), room.height() - around.height());
+        const int width =
+            std::min(wanted.width() + (height < wanted.height() ? bar : 0), room.width() - around.width());
+        m_scroll->setFixedSize(std::max(width, bar * 3), std::max(height, bar * 3));
+        centralWidget()->adjustSize();
+    }
+    setFixedSize(sizeHint());
+}
+
+QRect MainWindow::hostWindowFrame()
+{
+    DesktopWindows& windows = desktop();
+    if (!windows.canDriveWindows())
+        return {};
+    for (const WindowHandle window : windows.stackingFromTop()) {
+        if (windows.isVisible(window) && windows.title(window).startsWith(kHostWindowTitle))
+            return windows.frameGeometry(window);
+    }
+    return {};
+}
+
+void MainWindow::placeWindow()
+{
+    // A platform window that knows its frame before it is shown tells it once it exists.
+    create();
+    const QString left = GetSetting(QStringLiteral("Left"), QString());
+    const QString top = GetSetting(QStringLiteral("Top"), QString());
+    const QMargins margins = frameAllowance();
+    QRect inside(kDefaultPosition, size());
+    if (IsNumeric(left) && IsNumeric(top)) {
+        inside.moveTopLeft(QPoint(int(Val(left)), int(Val(top))));
+    } else if (const QRect host = hostWindowFrame(); !host.isEmpty()) {
+        const QScreen* hostScreen = QGuiApplication::screenAt(host.center());
+        if (!hostScreen)
+            hostScreen = QGuiApplication::primaryScreen();
+        const QSize frameSize = inside.marginsAdded(margins).size();
+        inside.moveTopLeft(BesideHost(frameSize, host, hostScreen->availableGeometry()) +
+                           QPoint(margins.left(), margins.top()));
+    }
+    const QRect frame = inside.marginsAdded(margins);
+    setGeometry(inside.translated(FitOnScreens(frame, availableScreenAreas()).topLeft() - frame.topLeft()));
+}
+
+void MainWindow::keepAbove(QWidget* window)
+{
+    // Owned by this window, so the window manager keeps it with this one; and on top as this one is, for window
+    // managers that keep an owned window in its own layer.
+    Q_ASSERT(window->parentWidget() == this);
+    window->setWindowFlag(Qt::WindowStaysOnTopHint);
+}
+
+void MainWindow::comeForward()
+{
+    showNormal();
+    raise();
+    if (desktop().canDriveWindows())
+        desktop().activate(WindowHandle(winId()), kReactivateMs);
+    else
+        activateWindow();
 }
 
 } // namespace corvalent

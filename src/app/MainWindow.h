@@ -26,6 +26,7 @@ class QLineEdit;
 class QMenu;
 class QPushButton;
 class QRadioButton;
+class QScrollArea;
 
 namespace corvalent {
 
@@ -65,8 +66,8 @@ public:
     void Refresh_Labels();
     void Refresh_Colors();
     // Shows what a service of type `Base` needs: the address options for an address-based service, the phone
-    // list for a phone-based one or one with a phone row, neither for the others. Both keep their place when
-    // hidden, so the window never changes size.
+    // list for a phone-based one or one with a phone row, neither for the others. A hidden row takes no room: the
+    // window's height follows what the service shows.
     void Resize_Form(int Base);
     void optOption_Click(int Index);
     void cboPhone_Click();
@@ -118,6 +119,20 @@ private:
     void onServiceSelected();
     void layOutForService();
     void Form_Unload();
+    void setTabOrderByRows();
+    // The window's size is what its controls need; where the screen is smaller, the part above the buttons scrolls.
+    void fitToScreen();
+    // What the window manager's frame adds around the window, or a title bar's worth before it has framed it.
+    QMargins frameAllowance() const;
+    // The contact manager's window on the desktop; empty where it cannot be seen.
+    QRect hostWindowFrame();
+    // Step 10 of start-up: where the window was closed, or beside the contact manager the first time; whole on a
+    // screen that exists in any case.
+    void placeWindow();
+    // A window this one opens shows above it.
+    void keepAbove(QWidget* window);
+    // Another start asked for this window.
+    void comeForward();
     QString pressedCaption() const;
     // Sets the option without it counting as a click: nothing is stored and nothing captured.
     void restoreOptionSilently(int option);
@@ -167,6 +182,8 @@ private:
     QPushButton* m_newContact = nullptr;
     QAction* m_undo = nullptr;
     QWidget* m_contactFrame = nullptr;
+    QScrollArea* m_scroll = nullptr;
+    QWidget* m_content = nullptr;
     QMenu* m_popup = nullptr;
 };
 

@@ -19,6 +19,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScopedValueRollback>
+#include <QShortcut>
 #include <QToolButton>
 
 namespace corvalent {
@@ -48,13 +49,15 @@ ServicesPanel::ServicesPanel(bool& filling, QWidget* listParent, QWidget* parent
     grid->setHorizontalSpacing(8);
     grid->setVerticalSpacing(4);
     for (int i = 0; i < kButtons; ++i) {
-        auto button = new QPushButton(QStringLiteral("Presets"), this);
+        auto button = new QPushButton(this);
         button->setObjectName(ControlName("chkServices", i));
         button->setCheckable(true);
-        button->setProperty("caption", QStringLiteral("Presets"));
         button->setMinimumWidth(button->fontMetrics().averageCharWidth() * kCaptionLength);
-        button->setToolTip(tr("Use this service for GO; the arrow beside it puts another service on the button"));
         button->installEventFilter(this);
+        // Not a mnemonic: the caption is a service's name, and setting it would replace the shortcut.
+        auto key = new QShortcut(shortcut(i), this);
+        key->setContext(Qt::WindowShortcut);
+        connect(key, &QShortcut::activated, button, &QPushButton::click);
         connect(button, &QPushButton::clicked, this, [this, i] { chkServices_Click(i); });
 
         auto arrow = new QToolButton(this);
@@ -83,6 +86,7 @@ ServicesPanel::ServicesPanel(bool& filling, QWidget* listParent, QWidget* parent
         m_buttons[size_t(i)] = button;
         m_arrows[size_t(i)] = arrow;
         m_lists[size_t(i)] = list;
+        showCaption(i, QStringLiteral("Presets"));
     }
 }
 
@@ -104,10 +108,27 @@ QString ServicesPanel::ButtonServiceFile(int index)
     return ProgramFolder::join(PresetsDir(), buttonFileName(index) + QStringLiteral(".isf"));
 }
 
-QString ServicesPanel::ButtonCaption(int index)
+QString ServicesPanel::ButtonServiceName(int index)
 {
-    const QString name = ServiceSetting(ButtonServiceFile(index), QStringLiteral("Name"));
-    return DisplayName(name).left(kCaptionLength);
+    return DisplayName(ServiceSetting(ButtonServiceFile(index), QStringLiteral("Name")));
+}
+
+QKeySequence ServicesPanel::shortcut(int index)
+{
+    return QKeySequence(Qt::ALT | Qt::Key(Qt::Key_1 + index));
+}
+
+void ServicesPanel::showCaption(int index, const QString& name)
+{
+    const QString text = name.left(kCaptionLength);
+    QPushButton* shown = button(index);
+    shown->setProperty("caption", text);
+    shown->setText(shownOnButton(text));
+    QString tip = tr("Use this service for GO (%1); the arrow beside it puts another service on the button")
+                      .arg(shortcut(index).toString(QKeySequence::NativeText));
+    if (text != name)
+        tip = name + QLatin1Char('\n') + tip;
+    shown->setToolTip(tip);
 }
 
 void ServicesPanel::setServiceFile(int index)
@@ -138,11 +159,8 @@ void ServicesPanel::Press_Button()
 
 void ServicesPanel::refreshCaptions()
 {
-    for (int i = 0; i < kButtons; ++i) {
-        const QString text = ButtonCaption(i);
-        button(i)->setProperty("caption", text);
-        button(i)->setText(shownOnButton(text));
-    }
+    for (int i = 0; i < kButtons; ++i)
+        showCaption(i, ButtonServiceName(i));
 }
 
 void ServicesPanel::followRename(const QString& oldStem, const QString& newStem)
@@ -245,9 +263,7 @@ void ServicesPanel::lstServices_Click(int Index)
             return;
         const QString name = item->text();
         WriteKeyValue(kButtonsSection, QString::number(Index + 1), StoredName(name), SettingsFilePath());
-        const QString text = name.left(kCaptionLength);
-        button(Index)->setProperty("caption", text);
-        button(Index)->setText(shownOnButton(text));
+        showCaption(Index, name);
         list->hide();
         setChecked(button(Index), true);
         chkServices_Click(Index);

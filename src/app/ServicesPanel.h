@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QKeySequence>
 #include <QString>
 #include <QWidget>
 #include <array>
@@ -28,6 +29,9 @@ public:
     void setGoButton(QPushButton* go) { m_go = go; }
 
     QPushButton* button(int index) const { return m_buttons.at(size_t(index)); }
+    QToolButton* arrow(int index) const { return m_arrows.at(size_t(index)); }
+    // Alt+1 to Alt+4 press the four buttons.
+    static QKeySequence shortcut(int index);
     QString caption(int index) const;
     // The button that is down; -1 when none is.
     int pressedButton() const;
@@ -36,9 +40,8 @@ public:
 
     // The service file a button stands for: the Presets folder, the file name under its "Buttons" key, ".isf".
     static QString ButtonServiceFile(int index);
-    // The caption of a button: the display name of that file's service, cut to 22 characters ("" when the file is
-    // missing, which leaves the button inert).
-    static QString ButtonCaption(int index);
+    // The display name of a button's service, whole; "" when the file is missing, which leaves the button inert.
+    static QString ButtonServiceName(int index);
 
     // Presses the stored "Pressed" button again, without capturing: start-up captures afterwards.
     void Press_Button();
@@ -64,6 +67,8 @@ protected:
 
 private:
     void setChecked(QPushButton* button, bool checked);
+    // Shows a service's display name on a button: cut to 22 characters, and whole in the tooltip when cut.
+    void showCaption(int index, const QString& name);
     void placeList(int index);
     void setServiceFile(int index);
 

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <algorithm>
 #include <cstdio>
 
 namespace corvalent {
@@ -25,6 +26,42 @@ QString dialogFilter(const QString& filter)
     for (int i = 0; i < parts.size(); i += 2)
         names << parts.at(i);
     return names.join(QStringLiteral(";;"));
+}
+
+// The window a box or dialog belongs to: the modal window in front, else the active one, else a window that stays
+// on top (the add-on's main window while the user works in another program), which would otherwise hide it.
+QWidget* promptOwner()
+{
+    if (QWidget* modal = QApplication::activeModalWidget())
+        return modal;
+    if (QWidget* active = QApplication::activeWindow())
+        return active;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto onTop = std::find_if(windows.begin(), windows.end(), [](const QWidget* window) {
+        return window->isVisible() && window->windowFlags().testFlag(Qt::WindowStaysOnTopHint);
+    });
+    return onTop != windows.end() ? *onTop : nullptr;
+}
+
+// Owned by `owner` and as high as it: a window manager that keeps owned windows in their own layer would otherwise
+// put the box under an owner that stays on top.
+void keepAboveOwner(QWidget* prompt, const QWidget* owner)
+{
+    if (owner && owner->windowFlags().testFlag(Qt::WindowStaysOnTopHint))
+        prompt->setWindowFlag(Qt::WindowStaysOnTopHint);
+}
+
+QString askForFile(const QString& caption, const QString& filter, const QString& startFolder,
+                   QFileDialog::AcceptMode mode)
+{
+    QWidget* owner = promptOwner();
+    QFileDialog dialog(owner, Prompter::effectiveCaption(caption), startFolder, dialogFilter(filter));
+    keepAboveOwner(&dialog, owner);
+    dialog.setAcceptMode(mode);
+    dialog.setFileMode(mode == QFileDialog::AcceptOpen ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+    // Replacing a file is the caller's decision.
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
 }
 
 } // namespace
@@ -62,8 +99,9 @@ QString Prompter::effectiveCaption(const QString& caption)
 
 int MessageBoxPrompter::message(const QString& text, int style, const QString& caption)
 {
-    // Over the window the user is working in (the main window stays on top of everything else).
-    QMessageBox box(QApplication::activeWindow());
+    QWidget* owner = promptOwner();
+    QMessageBox box(owner);
+    keepAboveOwner(&box, owner);
     box.setWindowTitle(effectiveCaption(caption));
     // Message texts use carriage returns as line breaks.
     QString shown = text;
@@ -89,13 +127,12 @@ int MessageBoxPrompter::message(const QString& text, int style, const QString& c
 
 QString MessageBoxPrompter::openFileName(const QString& caption, const QString& filter, const QString& startFolder)
 {
-    return QFileDialog::getOpenFileName(nullptr, effectiveCaption(caption), startFolder, dialogFilter(filter));
+    return askForFile(caption, filter, startFolder, QFileDialog::AcceptOpen);
 }
 
 QString MessageBoxPrompter::saveFileName(const QString& caption, const QString& filter, const QString& startFolder)
 {
-    return QFileDialog::getSaveFileName(nullptr, effectiveCaption(caption), startFolder, dialogFilter(filter), nullptr,
-                                        QFileDialog::DontConfirmOverwrite);
+    return askForFile(caption, filter, startFolder, QFileDialog::AcceptSave);
 }
 
 int ConsolePrompter::message(const QString& text, int style, const QString& caption)

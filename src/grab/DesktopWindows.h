@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QRect>
 #include <QString>
 #include <QStringList>
 
@@ -34,6 +35,9 @@ public:
     virtual WindowHandle owner(WindowHandle window) = 0;
     // A palette, toolbar, menu, dock, splash screen or other window kept out of the task bar.
     virtual bool isToolWindow(WindowHandle window) = 0;
+    // Where the window lies on the desktop, its frame included, in the device-independent pixels Qt places its own
+    // windows in; an empty rectangle when the platform does not tell.
+    virtual QRect frameGeometry(WindowHandle window) = 0;
 
     // Empties the clipboard.
     virtual void clearClipboard() = 0;

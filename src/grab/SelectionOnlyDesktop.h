@@ -16,6 +16,7 @@ public:
     bool hasParent(WindowHandle) override { return false; }
     WindowHandle owner(WindowHandle) override { return 0; }
     bool isToolWindow(WindowHandle) override { return false; }
+    QRect frameGeometry(WindowHandle) override { return {}; }
     void clearClipboard() override {}
     bool activate(WindowHandle, int) override { return false; }
     void sendCopyKeystroke() override {}

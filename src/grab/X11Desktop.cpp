@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QStringDecoder>
 #include <QThread>
@@ -496,6 +497,27 @@ bool X11Desktop::isToolWindow(WindowHandle window)
                                     e._NET_WM_WINDOW_TYPE_NOTIFICATION};
     return std::any_of(std::begin(toolTypes), std::end(toolTypes), [&](xcb_atom_t t) { return types.contains(t); })
         || states.contains(e._NET_WM_STATE_SKIP_TASKBAR);
+}
+
+QRect X11Desktop::frameGeometry(WindowHandle window)
+{
+    const auto id = xcb_window_t(window);
+    const xcb_get_geometry_cookie_t sizeCookie = xcb_get_geometry(d->conn, id);
+    const xcb_translate_coordinates_cookie_t originCookie = xcb_translate_coordinates(d->conn, id, d->root, 0, 0);
+    const xcb_get_property_cookie_t extentsCookie = xcb_ewmh_get_frame_extents(&d->ewmh, id);
+    XcbReply<xcb_get_geometry_reply_t> size(xcb_get_geometry_reply(d->conn, sizeCookie, nullptr));
+    XcbReply<xcb_translate_coordinates_reply_t> origin(
+        xcb_translate_coordinates_reply(d->conn, originCookie, nullptr));
+    xcb_ewmh_get_extents_reply_t extents{};
+    const bool framed = xcb_ewmh_get_frame_extents_reply(&d->ewmh, extentsCookie, &extents, nullptr);
+    if (!size || !origin)
+        return {};
+    QRect frame(origin->dst_x, origin->dst_y, size->width, size->height);
+    if (framed)
+        frame.adjust(-int(extents.left), -int(extents.top), int(extents.right), int(extents.bottom));
+    // The server counts device pixels; Qt places its windows in pixels scaled by the screen's factor.
+    const qreal ratio = qGuiApp ? qGuiApp->devicePixelRatio() : 1.0;
+    return QRect((QPointF(frame.topLeft()) / ratio).toPoint(), (QSizeF(frame.size()) / ratio).toSize());
 }
 
 void X11Desktop::clearClipboard()

@@ -24,6 +24,7 @@ public:
     bool hasParent(WindowHandle window) override;
     WindowHandle owner(WindowHandle window) override;
     bool isToolWindow(WindowHandle window) override;
+    QRect frameGeometry(WindowHandle window) override;
     void clearClipboard() override;
     bool activate(WindowHandle window, int timeoutMs) override;
     void sendCopyKeystroke() override;

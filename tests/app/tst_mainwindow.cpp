@@ -6,8 +6,16 @@
 #include "common/Error.h"
 #include "download/ManageWindow.h"
 #include "common/ProgramFolder.h"
+#include "support/ScriptedDesktop.h"
 
 #include <QAction>
+#include <QDialog>
+#include <QLayout>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QScreen>
+#include <QTimer>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QListWidget>
@@ -94,7 +102,7 @@ private slots:
         }
         QCOMPARE(w.currentServiceFile(), pressed < 0 ? QString() : m->serviceFile(captions[pressed]));
         QCOMPARE(m->boxes(), boxes);
-        QCOMPARE(w.pos(), at);
+        QCOMPARE(w.geometry().topLeft(), at);
     }
 
     // The record is captured even when the boxes start empty, and the next contact event shows it.
@@ -134,6 +142,7 @@ private slots:
             m->start();
             m->window().move(300, 200);
             m->type(0, u"typed"_s);
+            m->window().showMinimized();
         }
         if (refusal == NoDatabase)
             m->host.host.closeDatabase();
@@ -154,6 +163,8 @@ private slots:
             // The first window still runs, holds the program, and follows the contact manager.
             QVERIFY(m->window().isVisible());
             QVERIFY(!SingleInstance().acquire());
+            // Brought forward by the second start.
+            QTRY_VERIFY(!m->window().isMinimized());
             QCOMPARE(m->window().pos(), QPoint(300, 200));
             QCOMPARE(m->box(0)->text(), u"typed"_s);
             m->host.host.moveTo(m->host.ids[1]);
@@ -194,12 +205,12 @@ private slots:
         test::InProcessBackend backend(m->host.host, host);
         MainWindow& w = m->start(&backend);
         QVERIFY(m->started);
-        QCOMPARE(w.findChild<QAction*>(u"mnuIntegrate"_s)->text(), texts[2]);
+        QCOMPARE(w.findChild<QAction*>(u"mnuIntegrate"_s)->text().remove(u'&'), texts[2]);
         m->type(0, u"Someone Else"_s);
         m->prompter->scriptAnswer(Prompter::Yes);
         QTest::mouseClick(m->widget<QPushButton>(u"cmdUpdateACT"_s), Qt::LeftButton);
         QAction* undo = w.findChild<QAction*>(u"mnuUndo"_s);
-        QCOMPARE(undo->text(), texts[4]);
+        QCOMPARE(undo->text().remove(u'&'), texts[4]);
         undo->trigger();
         QCOMPARE(m->host.host.store().fieldText(m->host.ids[0], 26), u"Jean Tremblay"_s);
 
@@ -231,16 +242,19 @@ private slots:
         phones->setCurrentIndex(mobile);
         emit phones->activated(mobile);
         QVERIFY(m->widget<QRadioButton>(u"optOption(2)"_s)->isChecked());
+        const QRect closedAt = w.geometry();
         w.close();
         QStringList values;
         for (const char* key : {"Pressed", "Left", "Top", "Close", "Option", "ComboPhone"})
             values << test::stored(QLatin1String(key));
-        QCOMPARE(values, (QStringList{u"2"_s, u"321"_s, u"234"_s, u"1"_s, u"2"_s, u"38"_s}));
+        // The inside of the window, as it is restored.
+        QCOMPARE(values, (QStringList{u"2"_s, QString::number(closedAt.x()), QString::number(closedAt.y()), u"1"_s,
+                                      u"2"_s, u"38"_s}));
 
         m->windows.erase(m->windows.begin());
         MainWindow& again = m->start();
         QVERIFY(m->started);
-        QCOMPARE(again.pos(), QPoint(321, 234));
+        QCOMPARE(again.geometry(), closedAt);
         QVERIFY(m->widget<QCheckBox>(u"chkClose"_s)->isChecked());
         for (int i = 0; i < 4; ++i)
             QCOMPARE(m->serviceButton(i)->isChecked(), i == 2);
@@ -356,7 +370,7 @@ private slots:
         if (closes) {
             QTRY_COMPARE(unloaded.count(), 1);
             QVERIFY(!w.isVisible());
-            QCOMPARE(test::stored(u"Left"_s), u"150"_s);
+            QCOMPARE(test::stored(u"Left"_s), QString::number(w.geometry().x()));
         } else {
             // Delivers both events the contact manager sent: it wants to close, and its database closed.
             QCoreApplication::sendPostedEvents();
@@ -408,6 +422,171 @@ private slots:
         QCOMPARE(city->text(), u"Laval"_s);
     }
 
+    // A stored position that would leave part of the window off every screen puts it whole on the nearest one.
+    void storedPositionOnAScreen_data()
+    {
+        QTest::addColumn<QPoint>("stored");
+        QTest::addColumn<bool>("kept");
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        QTest::newRow("inside") << QPoint(120, 140) << true;
+        QTest::newRow("off to the right") << QPoint(screen.right() - 60, 140) << false;
+        QTest::newRow("on a monitor that was removed") << QPoint(screen.right() + 900, screen.bottom() + 500)
+                                                       << false;
+        QTest::newRow("negative") << QPoint(-400, -300) << false;
+    }
+    void storedPositionOnAScreen()
+    {
+        QFETCH(QPoint, stored);
+        QFETCH(bool, kept);
+        SaveSetting(u"Left"_s, QString::number(stored.x()));
+        SaveSetting(u"Top"_s, QString::number(stored.y()));
+        MainWindow& w = m->start();
+        QVERIFY(m->started);
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        QVERIFY2(screen.contains(w.frameGeometry()), qPrintable(u"%1,%2 %3x%4"_s.arg(w.frameGeometry().x())
+                                                                     .arg(w.frameGeometry().y())
+                                                                     .arg(w.width())
+                                                                     .arg(w.height())));
+        QCOMPARE(w.geometry().topLeft() == stored, kept);
+    }
+
+    // The first start opens beside the contact manager's window where there is room, otherwise at the screen's
+    // edge; where its window cannot be seen, at the usual place.
+    void firstStartBesideTheContactManager_data()
+    {
+        QTest::addColumn<QRect>("host");
+        QTest::addColumn<QString>("expected"); // right of the host, screen's right edge, or the usual place
+        QTest::newRow("room on the right") << QRect(0, 0, 300, 400) << u"beside"_s;
+        QTest::newRow("no room beside") << QGuiApplication::primaryScreen()->availableGeometry() << u"edge"_s;
+        QTest::newRow("not seen") << QRect() << u"usual"_s;
+    }
+    void firstStartBesideTheContactManager()
+    {
+        QFETCH(QRect, host);
+        QFETCH(QString, expected);
+        test::ScriptedWindow contacts = test::ScriptedWindow::named(u"Corvalent Contacts - Sample.cvdb"_s);
+        contacts.frame = host;
+        auto desktop = std::make_unique<test::ScriptedDesktop>(QList<test::ScriptedWindow>{
+            test::ScriptedWindow::named(u"Mozilla Firefox"_s), contacts});
+        m->windows.push_back(std::make_unique<MainWindow>(m->host.backend));
+        MainWindow& w = *m->windows.back();
+        w.setDesktop(std::move(desktop));
+        QVERIFY(w.Form_Load());
+        w.show();
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        QVERIFY(screen.contains(w.frameGeometry()));
+        if (expected == u"beside")
+            QVERIFY(w.frameGeometry().left() > host.right() && !w.frameGeometry().intersects(host));
+        else if (expected == u"edge")
+            QCOMPARE(w.frameGeometry().right(), screen.right());
+        else
+            QCOMPARE(w.geometry().topLeft(), QPoint(100, 100));
+    }
+
+    // The window is as large as its controls need: maximising leaves it so.
+    void notMaximisable()
+    {
+        MainWindow& w = m->start();
+        QVERIFY(!w.windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
+        QVERIFY(w.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+        const QSize before = w.size();
+        w.showMaximized();
+        QCOMPARE(w.size(), before);
+    }
+
+    // Every menu item and every button with a caption has a mnemonic, and no two items of a menu share one; the
+    // service buttons, whose captions are names, answer Alt+1 to Alt+4 instead.
+    void keyboard()
+    {
+        MainWindow& w = m->start();
+        auto mnemonic = [](const QString& text) { return QKeySequence::mnemonic(text); };
+        QList<QMenu*> menus = w.menuBar()->findChildren<QMenu*>();
+        menus << w.findChild<QMenu*>(u"mnuPopup"_s);
+        for (QMenu* menu : menus) {
+            QSet<QKeySequence> seen;
+            for (QAction* item : menu->actions()) {
+                if (item->isSeparator())
+                    continue;
+                QVERIFY2(!mnemonic(item->text()).isEmpty(), qPrintable(item->objectName()));
+                QVERIFY2(!seen.contains(mnemonic(item->text())), qPrintable(item->objectName()));
+                seen << mnemonic(item->text());
+            }
+        }
+        for (QAbstractButton* button : w.findChildren<QAbstractButton*>()) {
+            if (button->objectName().startsWith(u"chkServices"_s) || button->text().isEmpty())
+                continue;
+            QVERIFY2(!mnemonic(button->text()).isEmpty(), qPrintable(button->objectName()));
+        }
+        m->putOnButton(3, u"Fourth"_s, u"Base=2|"_s + test::kRows);
+        w.Refresh_Labels();
+        QVERIFY(m->serviceButton(3)->toolTip().contains(ServicesPanel::shortcut(3).toString(QKeySequence::NativeText)));
+        w.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
+        QTest::keyClick(&w, Qt::Key_4, Qt::AltModifier);
+        QVERIFY(m->serviceButton(3)->isChecked());
+
+        // Tab walks the rows from the top, left to right in a row, and ends on GO.
+        m->serviceButton(0)->setFocus();
+        QWidget* previous = m->serviceButton(0);
+        for (int step = 0; step < 40 && previous != m->widget(u"cmdGO"_s); ++step) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QWidget* next = QApplication::focusWidget();
+            const QRect a(previous->mapTo(&w, QPoint()), previous->size());
+            const QRect b(next->mapTo(&w, QPoint()), next->size());
+            const bool sameRow = b.top() < a.bottom() && a.top() < b.bottom();
+            QVERIFY2(sameRow ? b.left() > a.left() : b.top() > a.top(),
+                     qPrintable(previous->objectName() + u" -> "_s + next->objectName()));
+            previous = next;
+        }
+        QCOMPARE(previous->objectName(), u"cmdGO"_s);
+    }
+
+    // The windows the menus open belong to this window, stay above it, and close on Escape.
+    void dialogsAboveTheWindow_data()
+    {
+        QTest::addColumn<QString>("item");
+        for (const char* item : {"mnuSettings", "mnuEdit", "mnuPreferences", "mnuIntegrate", "mnuManage"})
+            QTest::newRow(item) << QString::fromLatin1(item);
+    }
+    void dialogsAboveTheWindow()
+    {
+        QFETCH(QString, item);
+        MainWindow& w = m->start();
+        w.findChild<QAction*>(item)->trigger();
+        QDialog* dialog = nullptr;
+        for (QDialog* candidate : w.findChildren<QDialog*>(Qt::FindDirectChildrenOnly))
+            if (candidate->isVisible())
+                dialog = candidate;
+        QVERIFY(dialog);
+        QVERIFY(dialog->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+        QTest::keyClick(dialog, Qt::Key_Escape);
+        QTRY_VERIFY(!dialog->isVisible());
+    }
+
+    // A message box belongs to the window that stays on top also while another program is active, so it shows
+    // above it.
+    void messageBoxAboveTheWindow()
+    {
+        MainWindow& w = m->start();
+        QApplication::setActiveWindow(nullptr);
+        Prompter::install(std::make_unique<MessageBoxPrompter>());
+        QWidget* parent = nullptr;
+        bool above = false;
+        QTimer answer;
+        answer.callOnTimeout([&] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                parent = box->parentWidget();
+                above = box->windowFlags().testFlag(Qt::WindowStaysOnTopHint);
+                box->accept();
+            }
+        });
+        answer.start(10);
+        Prompter::instance().message(u"Shown above"_s, Prompter::Information);
+        m->prompter = test::install<RecordingPrompter, Prompter>();
+        QCOMPARE(parent, &w);
+        QVERIFY(above);
+    }
+
     // What the Contact and Help menus do; Undo is greyed out until there is something to undo.
     void menus()
     {
@@ -415,7 +594,7 @@ private slots:
         auto item = [&](const char* name) { return w.findChild<QAction*>(QLatin1String(name)); };
         for (const char* name : {"mnuUndo"})
             QVERIFY2(!item(name)->isEnabled(), name);
-        QCOMPARE(item("mnuSettings")->text(), u"New Service..."_s);
+        QCOMPARE(item("mnuSettings")->text().remove(u'&'), u"New Service..."_s);
         QCOMPARE(item("mnuPopupSettings")->text(), u"&Edit"_s);
 
         m->type(0, u"typed"_s);

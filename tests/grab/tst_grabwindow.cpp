@@ -96,7 +96,7 @@ private slots:
         QVERIFY(!undo()->isEnabled());
         grab(slot, selection);
         QCOMPARE(m->boxes(), boxes);
-        QCOMPARE(undo()->text(), ContactUpdater::kUndoGrabCaption);
+        QCOMPARE(undo()->text().remove(u'&'), ContactUpdater::kUndoGrabCaption);
         QVERIFY(undo()->isEnabled());
         undo()->trigger();
         QCOMPARE(m->boxes(), kOriginal);
@@ -209,7 +209,7 @@ private slots:
             QCOMPARE(contactRows(lookup.last()), added);
         QCOMPARE(undo()->isEnabled(), !undoCaption.isEmpty());
         if (!undoCaption.isEmpty())
-            QCOMPARE(undo()->text(), undoCaption);
+            QCOMPARE(undo()->text().remove(u'&'), undoCaption);
         // After every write the contact manager was told to refresh, and its window is not left frozen.
         if (steps.contains(u"yes") || steps.contains(u"new"))
             QVERIFY(m->host.backend.calls.contains(u"Command"_s));

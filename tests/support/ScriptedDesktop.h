@@ -21,6 +21,7 @@ struct ScriptedWindow {
     QString selection;
     bool copies = true;
     bool activates = true; // comes to the front when asked
+    QRect frame; // where it lies on the desktop
 
     // A plain visible window; Ctrl+C in it copies `selection`.
     static ScriptedWindow named(const QString& title, const QString& selection = QString())
@@ -54,6 +55,7 @@ public:
     bool hasParent(WindowHandle w) override { return at(w).child; }
     WindowHandle owner(WindowHandle w) override { return at(w).owner; }
     bool isToolWindow(WindowHandle w) override { return at(w).tool; }
+    QRect frameGeometry(WindowHandle w) override { return at(w).frame; }
     void clearClipboard() override
     {
         clipboard.clear();
