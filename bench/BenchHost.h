@@ -3,6 +3,7 @@
 // A corvalent-contacts of the bench's own on the session bus, for the benches that run the add-on against it.
 
 #include "common/DBusWire.h"
+#include "common/Prompter.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -80,6 +81,19 @@ public:
 private:
     const char* m_name;
     QProcess m_process;
+};
+
+// An error box in the middle of a measured path would make the figures those of a failure: it ends the bench.
+class FailingPrompter : public ConsolePrompter {
+public:
+    explicit FailingPrompter(BenchHost& host) : m_host(host) {}
+    int message(const QString& text, int, const QString&) override
+    {
+        m_host.fail(QStringLiteral("message box: ") + text);
+    }
+
+private:
+    BenchHost& m_host;
 };
 
 } // namespace corvalent::bench

@@ -33,6 +33,8 @@
 using namespace corvalent;
 
 using corvalent::bench::BenchHost;
+using corvalent::bench::FailingPrompter;
+using corvalent::bench::report;
 using corvalent::bench::percentile;
 using corvalent::bench::waitFor;
 
@@ -51,17 +53,6 @@ qint64 monotonicNs()
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     return qint64(now.tv_sec) * 1000000000LL + now.tv_nsec;
-}
-
-class FailingPrompter : public ConsolePrompter {
-public:
-    int message(const QString& text, int, const QString&) override { fail(QStringLiteral("message box: ") + text); }
-};
-
-void report(const char* what, const std::vector<double>& ms)
-{
-    std::printf("%s\n  median %.2f ms   p10 %.2f ms   p90 %.2f ms   max %.2f ms\n", what, percentile(ms, 0.5),
-                percentile(ms, 0.1), percentile(ms, 0.9), percentile(ms, 1.0));
 }
 
 } // namespace
@@ -86,7 +77,7 @@ int main(int argc, char** argv)
     const int rounds = args.isEmpty() ? 100 : args.first().toInt();
     if (rounds < 1)
         fail(QStringLiteral("ROUNDS must be 1 or more"));
-    Prompter::install(std::make_unique<FailingPrompter>());
+    Prompter::install(std::make_unique<FailingPrompter>(contactManager));
     SaveSetting(QStringLiteral("Close"), QStringLiteral("1"));
 
     const QString database = dir.filePath(QStringLiteral("Sample.cvdb"));

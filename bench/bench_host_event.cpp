@@ -40,6 +40,8 @@
 using namespace corvalent;
 
 using corvalent::bench::BenchHost;
+using corvalent::bench::FailingPrompter;
+using corvalent::bench::report;
 using corvalent::bench::percentile;
 using corvalent::bench::waitFor;
 
@@ -51,12 +53,6 @@ BenchHost* host = nullptr; // set first thing in main()
 {
     host->fail(why);
 }
-
-// An error box in the middle of a capture would make the figures those of a failure.
-class FailingPrompter : public ConsolePrompter {
-public:
-    int message(const QString& text, int, const QString&) override { fail(QStringLiteral("message box: ") + text); }
-};
 
 // Passes every call on to the bus and counts it: each one is a blocking round trip to the contact manager.
 class CountingBackend : public AutomationBackend {
@@ -93,12 +89,6 @@ private:
     AutomationBackend& m_inner;
 };
 
-void report(const char* what, const std::vector<double>& ms)
-{
-    std::printf("%s\n  median %.2f ms   p10 %.2f ms   p90 %.2f ms   max %.2f ms\n", what, percentile(ms, 0.5),
-                percentile(ms, 0.1), percentile(ms, 0.9), percentile(ms, 1.0));
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -120,7 +110,7 @@ int main(int argc, char** argv)
     const int rounds = args.size() > 1 ? args.at(1).toInt() : 300;
     if (rounds < 1)
         fail(QStringLiteral("ROUNDS must be 1 or more"));
-    Prompter::install(std::make_unique<FailingPrompter>());
+    Prompter::install(std::make_unique<FailingPrompter>(contactManager));
 
     QString database = args.value(0);
     if (database.isEmpty()) {

@@ -821,12 +821,7 @@ void MainWindow::cmdGrab_Click(int Index)
         m_updater.endGrab();
         // The browser had the front for the copy: the window comes back on top, as it was, with the keyboard, so
         // that the next Grab's shortcut reaches it.
-        showNormal();
-        raise();
-        if (desktop().canDriveWindows())
-            desktop().activate(WindowHandle(winId()), kReactivateMs);
-        else
-            activateWindow();
+        comeForward();
     });
 }
 

@@ -2,6 +2,7 @@
 // rows it offers, the country dialog, and what the main window makes of a save.
 
 #include "../app/WindowFixture.h"
+#include "support/Controls.h"
 
 #include "editor/CountryDialog.h"
 #include "editor/DataValidation.h"
@@ -20,14 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-template <typename T = QWidget>
-T* control(QWidget* window, const QString& name)
-{
-    T* found = window->findChild<T*>(name);
-    if (!found)
-        qFatal("no control %s", qPrintable(name));
-    return found;
-}
+using test::control;
 
 QComboBox* fieldBox(QWidget* w, int row) { return control<QComboBox>(w, u"cboField(%1)"_s.arg(row)); }
 QLineEdit* edit(QWidget* w, const QString& name) { return control<QLineEdit>(w, name); }

@@ -2,6 +2,7 @@
 // store, and the main window taking the new colours at once.
 
 #include "../app/WindowFixture.h"
+#include "support/Controls.h"
 
 #include "app/ColourScheme.h"
 #include "prefs/PreferencesWindow.h"
@@ -21,14 +22,7 @@ QSettings store()
     return QSettings(QSettings::NativeFormat, QSettings::UserScope, u"Corvalent"_s, u"Corvalent"_s);
 }
 
-template <typename T = QWidget>
-T* control(QWidget* window, const QString& name)
-{
-    T* found = window->findChild<T*>(name);
-    if (!found)
-        qFatal("no control %s", qPrintable(name));
-    return found;
-}
+using test::control;
 
 } // namespace
 
