@@ -1,90 +1,73 @@
 #include "common/ProgramFolder.h"
+#include "support/TestHome.h"
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
+#include <QFileInfo>
 #include <QTest>
 
 using namespace corvalent;
-
-namespace {
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-} // namespace
+using corvalent::test::TestHome;
 
 class TestProgramFolder : public QObject {
     Q_OBJECT
 
-private:
-    QTemporaryDir m_dir;
+    TestHome m_home; // its program folder is only a scratch area here: each test names its own
+
+    QString useHome(const QString& relative) const
+    {
+        const QString home = m_home.file(relative);
+        qputenv("CORVALENT_HOME", QFile::encodeName(home));
+        return home;
+    }
 
 private slots:
-    void homeVariableWins()
+    // $CORVALENT_HOME wins; a new folder is made and seeded from the shipped data, one in use is left alone.
+    void homeVariableWinsAndOnlyANewFolderIsSeeded_data()
     {
-        const QString home = m_dir.path() + QStringLiteral("/explicit");
-        qputenv("CORVALENT_HOME", QFile::encodeName(home));
+        QTest::addColumn<bool>("inUse");
+        QTest::newRow("new") << false;
+        QTest::newRow("in use") << true;
+    }
+    void homeVariableWinsAndOnlyANewFolderIsSeeded()
+    {
+        QFETCH(bool, inUse);
+        const QString name = QString::fromLatin1(QTest::currentDataTag());
+        if (inUse)
+            m_home.write(name + QStringLiteral("/Presets/Mine.isf"), "[Settings]\r\n");
+        const QString home = useHome(name);
         QCOMPARE(ProgramFolder::path(), home);
-        QVERIFY(QDir(home).exists());
+        const QFileInfo settings(home + QStringLiteral("/Settings.ini"));
+        QCOMPARE(settings.exists(), !inUse);
+        QCOMPARE(settings.isWritable(), !inUse);
+        QCOMPARE(QDir(home + QStringLiteral("/Presets")).entryList({QStringLiteral("*.isf")}).size() > 1, !inUse);
     }
 
     void xdgDataHomeWhenNoHomeIsSet()
     {
         qunsetenv("CORVALENT_HOME");
-        qputenv("XDG_DATA_HOME", QFile::encodeName(m_dir.path() + QStringLiteral("/data")));
-        QCOMPARE(ProgramFolder::path(), m_dir.path() + QStringLiteral("/data/corvalent"));
-    }
-
-    void newFolderIsSeededFromTheShippedData()
-    {
-        const QString home = m_dir.path() + QStringLiteral("/fresh");
-        qputenv("CORVALENT_HOME", QFile::encodeName(home));
-        ProgramFolder::path();
-        QVERIFY(QFile::exists(home + QStringLiteral("/Settings.ini")));
-        QVERIFY(!QDir(home + QStringLiteral("/Presets")).entryList({QStringLiteral("*.isf")}).isEmpty());
-        QVERIFY(QFileInfo(home + QStringLiteral("/Settings.ini")).isWritable());
-    }
-
-    void folderInUseIsNotSeeded()
-    {
-        const QString home = m_dir.path() + QStringLiteral("/used");
-        writeFile(home + QStringLiteral("/Presets/Mine.isf"), "[Settings]\r\n");
-        qputenv("CORVALENT_HOME", QFile::encodeName(home));
-        ProgramFolder::path();
-        QVERIFY(!QFile::exists(home + QStringLiteral("/Settings.ini")));
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_home.file(QStringLiteral("data"))));
+        QCOMPARE(ProgramFolder::path(), m_home.file(QStringLiteral("data/corvalent")));
     }
 
     void seedingNeverOverwrites()
     {
-        const QString source = m_dir.path() + QStringLiteral("/source");
-        const QString target = m_dir.path() + QStringLiteral("/target");
-        writeFile(source + QStringLiteral("/Settings.ini"), "shipped");
-        writeFile(source + QStringLiteral("/Presets/A.isf"), "shipped A");
-        writeFile(source + QStringLiteral("/Presets/B.isf"), "shipped B");
-        writeFile(target + QStringLiteral("/Presets/A.isf"), "user's A");
+        m_home.write(QStringLiteral("source/Settings.ini"), "shipped");
+        m_home.write(QStringLiteral("source/Presets/A.isf"), "shipped A");
+        m_home.write(QStringLiteral("source/Presets/B.isf"), "shipped B");
+        m_home.write(QStringLiteral("target/Presets/A.isf"), "user's A");
         // The desktop's and the contact manager's files stay where they are.
         for (const char* other : {"/corvalent-contacts.desktop", "/corvalent-contacts-mime.xml", "/Phone.fmt",
                                   "/icons/corvalent-16.png", "/CMakeLists.txt"})
-            writeFile(source + QLatin1String(other), "not the program folder's");
+            m_home.write(QStringLiteral("source") + QLatin1String(other), "not the program folder's");
 
-        QVERIFY(ProgramFolder::seed(target, source));
+        const QString target = m_home.file(QStringLiteral("target"));
+        QVERIFY(ProgramFolder::seed(target, m_home.file(QStringLiteral("source"))));
         QCOMPARE(QDir(target).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
                  (QStringList{QStringLiteral("Presets"), QStringLiteral("Settings.ini")}));
-        QCOMPARE(readFile(target + QStringLiteral("/Presets/A.isf")), QByteArray("user's A"));
-        QCOMPARE(readFile(target + QStringLiteral("/Presets/B.isf")), QByteArray("shipped B"));
-        QCOMPARE(readFile(target + QStringLiteral("/Settings.ini")), QByteArray("shipped"));
+        QCOMPARE(TestHome::read(target + QStringLiteral("/Presets/A.isf")), QByteArray("user's A"));
+        QCOMPARE(TestHome::read(target + QStringLiteral("/Presets/B.isf")), QByteArray("shipped B"));
+        QCOMPARE(TestHome::read(target + QStringLiteral("/Settings.ini")), QByteArray("shipped"));
     }
 
     // A file the program folder lacks comes from the installed data; the folder's own copy always wins.
@@ -108,26 +91,26 @@ private slots:
         QFETCH(bool, readOnlyFolder);
         QFETCH(QString, answer);
         QFETCH(QByteArray, content);
-        const QString home = m_dir.path() + QStringLiteral("/provide-") + QTest::currentDataTag();
-        const QString source = home + QStringLiteral("-installed");
-        writeFile(home + QStringLiteral("/Settings.ini"), "in use");
+        const QString name = QStringLiteral("provide-") + QString::fromLatin1(QTest::currentDataTag());
+        m_home.write(name + QStringLiteral("/Settings.ini"), "in use");
         if (!own.isEmpty())
-            writeFile(home + QStringLiteral("/Manual.pdf"), own);
+            m_home.write(name + QStringLiteral("/Manual.pdf"), own);
         if (!installed.isEmpty())
-            writeFile(source + QStringLiteral("/Manual.pdf"), installed);
-        qputenv("CORVALENT_HOME", QFile::encodeName(home));
+            m_home.write(name + QStringLiteral("-installed/Manual.pdf"), installed);
+        const QString home = useHome(name);
         if (readOnlyFolder)
             QFile::setPermissions(home, QFile::ReadOwner | QFile::ExeOwner);
         if (readOnlyFolder && QFileInfo(home).isWritable())
             QSKIP("running as a user whom permissions do not stop");
 
+        const QString source = home + QStringLiteral("-installed");
         const QString file = ProgramFolder::provide(QStringLiteral("Manual.pdf"), source);
         QFile::setPermissions(home, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         const QString expected = answer == u"own" ? home + QStringLiteral("/Manual.pdf")
                                  : answer == u"installed" ? source + QStringLiteral("/Manual.pdf")
                                                            : QString();
         QCOMPARE(file, expected);
-        QCOMPARE(readFile(file), content);
+        QCOMPARE(TestHome::read(file), content);
     }
 
     void joinUsesOneSeparator()
