@@ -1,20 +1,34 @@
 #include "common/Launcher.h"
+#include "support/TestHome.h"
 
 #include <QFile>
-#include <QTemporaryDir>
+#include <QFileInfo>
 #include <QTest>
 
 using namespace corvalent;
+using corvalent::test::TestHome;
 
 // The desktop launcher must hand the target to the opener as one argument, byte for byte: no URL normalisation,
-// no percent-encoding, no shell. A stand-in opener script records what it was given.
+// no percent-encoding, no shell. A stand-in opener script records what it was given and the folder it ran in.
 class TestLauncher : public QObject {
     Q_OBJECT
 
-private:
-    QTemporaryDir m_dir;
+    TestHome m_home;
+    DesktopLauncher m_launcher;
+    const QString m_record = m_home.file(QStringLiteral("opened.txt"));
 
 private slots:
+    void initTestCase()
+    {
+        const QString opener = m_home.write(
+            QStringLiteral("opener.sh"),
+            QStringLiteral("#!/bin/sh\npwd > '%1.wd'\nprintf '%s' \"$1\" > '%1.tmp' && mv '%1.tmp' '%1'\n")
+                .arg(m_record)
+                .toUtf8());
+        QVERIFY(QFile::setPermissions(opener, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        qputenv("CORVALENT_OPENER", QFile::encodeName(opener));
+    }
+
     void targetReachesTheOpenerUnchanged_data()
     {
         QTest::addColumn<QString>("target");
@@ -26,36 +40,18 @@ private slots:
     void targetReachesTheOpenerUnchanged()
     {
         QFETCH(QString, target);
-        const QString record = m_dir.filePath(QStringLiteral("opened.txt"));
-        const QString wd = m_dir.filePath(QStringLiteral("wd.txt"));
-        QFile::remove(record);
-        const QString opener = m_dir.filePath(QStringLiteral("opener.sh"));
-        {
-            QFile script(opener);
-            QVERIFY(script.open(QIODevice::WriteOnly));
-            script.write(QStringLiteral("#!/bin/sh\npwd > '%1'\nprintf '%s' \"$1\" > '%2.tmp' && mv '%2.tmp' '%2'\n")
-                             .arg(wd, record)
-                             .toUtf8());
-            script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        }
-        qputenv("CORVALENT_OPENER", QFile::encodeName(opener));
-
-        DesktopLauncher launcher;
-        QVERIFY(launcher.open(target, m_dir.path()));
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(record), 10000);
-        QFile f(record);
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromUtf8(f.readAll()), target);
-        QFile w(wd);
-        QVERIFY(w.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromUtf8(w.readAll()).trimmed(), QFileInfo(m_dir.path()).canonicalFilePath());
+        QFile::remove(m_record);
+        QVERIFY(m_launcher.open(target, m_home.path()));
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_record), 10000);
+        QCOMPARE(QString::fromUtf8(TestHome::read(m_record)), target);
+        QCOMPARE(QString::fromUtf8(TestHome::read(m_record + QStringLiteral(".wd"))).trimmed(),
+                 QFileInfo(m_home.path()).canonicalFilePath());
     }
 
     void missingOpenerIsReported()
     {
         qputenv("CORVALENT_OPENER", "/nonexistent/opener");
-        DesktopLauncher launcher;
-        QVERIFY(!launcher.open(QStringLiteral("http://example.org"), m_dir.path()));
+        QVERIFY(!DesktopLauncher().open(QStringLiteral("http://example.org"), m_home.path()));
     }
 };
 
