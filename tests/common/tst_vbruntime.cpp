@@ -5,89 +5,85 @@
 
 using namespace corvalent;
 
+// A conversion of a text, its answer written as text: numbers to 15 digits, True/False, or the error's number.
+using Conversion = QString (*)(const QString&);
+Q_DECLARE_METATYPE(Conversion)
+
+namespace {
+
+QString val(const QString& text)
+{
+    return QString::number(Val(text), 'g', 15);
+}
+
+QString isNumeric(const QString& text)
+{
+    return IsNumeric(text) ? QStringLiteral("True") : QStringLiteral("False");
+}
+
+QString cInt(const QString& text)
+{
+    try {
+        return QString::number(CInt(text));
+    } catch (const Error& e) {
+        return QStringLiteral("Error %1").arg(e.number());
+    }
+}
+
+} // namespace
+
 class TestVbRuntime : public QObject {
     Q_OBJECT
 
 private slots:
-    void val_data()
+    void conversions_data()
     {
+        QTest::addColumn<Conversion>("conversion");
         QTest::addColumn<QString>("text");
-        QTest::addColumn<double>("value");
-        QTest::newRow("plain") << "12" << 12.0;
-        QTest::newRow("stops at a letter") << "12B Main St" << 12.0;
-        QTest::newRow("blanks are skipped inside") << "1 2 3" << 123.0;
-        QTest::newRow("plus stops after the number") << "12+34" << 12.0;
-        QTest::newRow("leading plus sign") << "+12+Main" << 12.0;
-        QTest::newRow("negative") << " -5 Main" << -5.0;
-        QTest::newRow("decimal") << "3.25 m" << 3.25;
-        QTest::newRow("second point stops") << "1.2.3" << 1.2;
-        QTest::newRow("exponent") << "1e3 Main" << 1000.0;
-        QTest::newRow("exponent without digits") << "12E Main" << 12.0;
-        QTest::newRow("hexadecimal") << "&HFF" << 255.0;
-        QTest::newRow("no number") << "Rue Principale" << 0.0;
-        QTest::newRow("sign only") << "-" << 0.0;
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char* tag, Conversion f, const QString& text, const char* expected) {
+            QTest::newRow(tag) << f << text << QString::fromLatin1(expected);
+        };
+        row("Val: plain", val, "12", "12");
+        row("Val: stops at a letter", val, "12B Main St", "12");
+        row("Val: blanks are skipped inside", val, "1 2 3", "123");
+        row("Val: plus stops after the number", val, "12+34", "12");
+        row("Val: leading plus sign", val, "+12+Main", "12");
+        row("Val: negative", val, " -5 Main", "-5");
+        row("Val: decimal", val, "3.25 m", "3.25");
+        row("Val: second point stops", val, "1.2.3", "1.2");
+        row("Val: exponent", val, "1e3 Main", "1000");
+        row("Val: exponent without digits", val, "12E Main", "12");
+        row("Val: hexadecimal", val, "&HFF", "255");
+        row("Val: no number", val, "Rue Principale", "0");
+        row("Val: sign only", val, "-", "0");
+        row("IsNumeric: integer", isNumeric, "1", "True");
+        row("IsNumeric: blanks around", isNumeric, "  42  ", "True");
+        row("IsNumeric: decimal", isNumeric, "3.5", "True");
+        row("IsNumeric: trailing point", isNumeric, "5.", "True");
+        row("IsNumeric: scientific", isNumeric, "1.5E+3", "True");
+        row("IsNumeric: empty", isNumeric, "", "False");
+        row("IsNumeric: point only", isNumeric, ".", "False");
+        row("IsNumeric: True is not a number", isNumeric, "True", "False");
+        row("IsNumeric: exponent without digits", isNumeric, "1E", "False");
+        row("IsNumeric: trailing letters", isNumeric, "12a", "False");
+        row("IsNumeric: two points", isNumeric, "1.2.3", "False");
+        row("CInt: plain", cInt, "7", "7");
+        row("CInt: half to even down", cInt, "2.5", "2");
+        row("CInt: half to even up", cInt, "3.5", "4");
+        row("CInt: largest", cInt, "32767", "32767");
+        row("CInt: overflow", cInt, "32768", "Error 6");
+        row("CInt: not a number", cInt, "x", "Error 13");
+        row("CInt: empty", cInt, "", "Error 13");
+        row("Trim: spaces go", Trim, "  a b  ", "a b");
+        row("Trim: tabs stay", Trim, "\ta\t", "\ta\t");
     }
-    void val()
+    void conversions()
     {
+        QFETCH(Conversion, conversion);
         QFETCH(QString, text);
-        QFETCH(double, value);
-        QCOMPARE(Val(text), value);
-    }
-
-    void isNumeric_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("numeric");
-        QTest::newRow("integer") << "1" << true;
-        QTest::newRow("blanks around") << "  42  " << true;
-        QTest::newRow("decimal") << "3.5" << true;
-        QTest::newRow("trailing point") << "5." << true;
-        QTest::newRow("scientific") << "1.5E+3" << true;
-        QTest::newRow("empty") << "" << false;
-        QTest::newRow("point only") << "." << false;
-        QTest::newRow("True is not a number") << "True" << false;
-        QTest::newRow("exponent without digits") << "1E" << false;
-        QTest::newRow("trailing letters") << "12a" << false;
-        QTest::newRow("two points") << "1.2.3" << false;
-    }
-    void isNumeric()
-    {
-        QFETCH(QString, text);
-        QFETCH(bool, numeric);
-        QCOMPARE(IsNumeric(text), numeric);
-    }
-
-    void integerConversions_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("value");
-        QTest::addColumn<int>("error");
-        QTest::newRow("plain") << "7" << 7 << 0;
-        QTest::newRow("half to even down") << "2.5" << 2 << 0;
-        QTest::newRow("half to even up") << "3.5" << 4 << 0;
-        QTest::newRow("largest") << "32767" << 32767 << 0;
-        QTest::newRow("overflow") << "32768" << 0 << int(ErrorNumber::Overflow);
-        QTest::newRow("not a number") << "x" << 0 << int(ErrorNumber::TypeMismatch);
-        QTest::newRow("empty") << "" << 0 << int(ErrorNumber::TypeMismatch);
-    }
-    void integerConversions()
-    {
-        QFETCH(QString, text);
-        QFETCH(int, value);
-        QFETCH(int, error);
-        try {
-            const int converted = CInt(text);
-            QCOMPARE(error, 0);
-            QCOMPARE(converted, value);
-        } catch (const Error& e) {
-            QCOMPARE(e.number(), error);
-        }
-    }
-
-    void trimRemovesSpacesOnly()
-    {
-        QCOMPARE(Trim(QStringLiteral("  a b  ")), QStringLiteral("a b"));
-        QCOMPARE(Trim(QStringLiteral("\ta\t")), QStringLiteral("\ta\t"));
+        QFETCH(QString, expected);
+        QCOMPARE(conversion(text), expected);
     }
 
     void windows1252RoundTripsEveryByte()
