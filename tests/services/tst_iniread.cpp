@@ -18,19 +18,22 @@ class TestIniRead : public QObject {
 
 private slots:
     // Files as people write them by hand, each with LF and with CR LF line ends; null bytes mean there is no file
-    // at all.
+    // at all. A key type (with its fail value) checks what is read, the default included.
     void read_data()
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("section");
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("expected");
+        QTest::addColumn<QString>("keyType");
+        QTest::addColumn<QString>("failValue");
 
         const auto row = [](const char* tag, const QByteArray& lf, const char* section, const char* key,
-                            const QString& expected) {
-            QTest::addRow("%s, LF", tag) << lf << QString::fromUtf8(section) << QString::fromUtf8(key) << expected;
-            QTest::addRow("%s, CR LF", tag) << QByteArray(lf).replace("\n", "\r\n") << QString::fromUtf8(section)
-                                            << QString::fromUtf8(key) << expected;
+                            const QString& expected, const char* keyType = "", const char* failValue = "") {
+            for (const char* ends : {"LF", "CR LF"})
+                QTest::addRow("%s, %s", tag, ends)
+                    << (ends[0] == 'L' ? lf : QByteArray(lf).replace("\n", "\r\n")) << QString::fromUtf8(section)
+                    << QString::fromUtf8(key) << expected << QString::fromUtf8(keyType) << QString::fromUtf8(failValue);
         };
         const QByteArray dup("[A]\nk=1\n[A]\nk=3\nj=4\n[B]\nk=2\n");
         const QByteArray emoji("\xF0\x9F\x98\x80");
@@ -63,7 +66,13 @@ private slots:
         row("empty quotes", QByteArray("[A]\nk= \"\" \n"), "A", "k", kDefault);
         row("key before any section", QByteArray("k=0\n[A]\nj=1\n"), "A", "k", kDefault);
         row("missing section", QByteArray("[A]\nk=1\n"), "B", "k", kDefault);
-        QTest::newRow("missing file") << QByteArray() << "A" << "k" << kDefault;
+        row("Numeric fails", QByteArray("[A]\nk=abc\n"), "A", "k", "0", "Numeric", "0");
+        row("Numeric without FailValue", QByteArray("[A]\nk=abc\n"), "A", "k", "abc", "Numeric");
+        row("Numeric passes", QByteArray("[A]\nk= -1.5 \n"), "A", "k", "-1.5", "Numeric", "0");
+        row("Boolean word fails", QByteArray("[A]\nk=True\n"), "A", "k", "0", "Boolean", "0");
+        row("lower-case type checks nothing", QByteArray("[A]\nk=abc\n"), "A", "k", "abc", "numeric", "0");
+        row("default fails", QByteArray("[A]\nk=\n"), "A", "k", "0", "Numeric", "0");
+        QTest::newRow("missing file") << QByteArray() << "A" << "k" << kDefault << QString() << QString();
     }
 
     void read()
@@ -72,34 +81,9 @@ private slots:
         QFETCH(QString, section);
         QFETCH(QString, key);
         QFETCH(QString, expected);
-        QCOMPARE(readKey(m_files.add(bytes), section, key), expected);
-    }
-
-    // The default, "x", is checked too.
-    void typeCheck_data()
-    {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("keyType");
-        QTest::addColumn<QString>("failValue");
-        QTest::addColumn<QString>("expected");
-
-        QTest::newRow("Numeric fails") << "abc" << "Numeric" << "0" << "0";
-        QTest::newRow("Numeric without FailValue") << "abc" << "Numeric" << "" << "abc";
-        QTest::newRow("Numeric passes") << " -1.5 " << "Numeric" << "0" << "-1.5";
-        QTest::newRow("Boolean word fails") << "True" << "Boolean" << "0" << "0";
-        QTest::newRow("lower-case type checks nothing") << "abc" << "numeric" << "0" << "abc";
-        QTest::newRow("default fails") << "" << "Numeric" << "0" << "0";
-    }
-
-    void typeCheck()
-    {
-        QFETCH(QString, stored);
         QFETCH(QString, keyType);
         QFETCH(QString, failValue);
-        QFETCH(QString, expected);
-        const QString file = m_files.add("[A]\r\nk=" + stored.toUtf8() + "\r\n");
-        QCOMPARE(GetKeyValue(QStringLiteral("A"), QStringLiteral("k"), QStringLiteral("x"), keyType, failValue, file),
-                 expected);
+        QCOMPARE(GetKeyValue(section, key, kDefault, keyType, failValue, m_files.add(bytes)), expected);
     }
 
     // Until one is set the settings file is the program folder's, by its full path: a relative name would find
