@@ -81,15 +81,18 @@ private slots:
         QCOMPARE(TestHome::read(path), postalCodesFile("Base=0|").replace("F4=888", "F4=31"));
     }
 
-    // The file is copied (lines the editor never writes go along) and only its own name changes, never a folder's.
+    // The file is copied (lines the editor never writes go along) and only its own name changes, never a folder's;
+    // as a new service of that name would, the renamed one takes the place of a file it meets.
     void renameByCopy_data()
     {
         QTest::addColumn<QString>("folder");
         QTest::addColumn<QString>("oldName"); // as stored
         QTest::addColumn<QString>("newName");
         QTest::addColumn<QString>("newFile");
-        QTest::newRow("folder named like the service") << "Maps" << "Maps" << "Atlas" << "Atlas.isf";
-        QTest::newRow("dots") << "Presets" << "a~b" << "a.b.c" << "a~b~c.isf";
+        QTest::addColumn<bool>("met"); // a file of the new name is there
+        QTest::newRow("folder named like the service") << "Maps" << "Maps" << "Atlas" << "Atlas.isf" << false;
+        QTest::newRow("dots") << "Presets" << "a~b" << "a.b.c" << "a~b~c.isf" << false;
+        QTest::newRow("over the file of the new name") << "Clash" << "First" << "Second" << "Second.isf" << true;
     }
 
     void renameByCopy()
@@ -98,8 +101,11 @@ private slots:
         QFETCH(QString, oldName);
         QFETCH(QString, newName);
         QFETCH(QString, newFile);
+        QFETCH(bool, met);
         QString path = m_files.write(folder + QLatin1Char('/') + oldName + QStringLiteral(".isf"),
                                      "[Settings]\r\nName=" + oldName.toUtf8() + "\r\nAuthor=me\r\n");
+        if (met)
+            m_files.write(folder + QLatin1Char('/') + newFile, "[Settings]\r\nName=" + newName.toUtf8() + "\r\nOld=1\r\n");
         ServiceDefinition service = postalCodes();
         service.name = newName;
         QVERIFY(SaveEditedService(path, service));
@@ -107,20 +113,8 @@ private slots:
         QCOMPARE(QDir(m_files.file(folder)).entryList(QDir::Files), QStringList{newFile});
         QCOMPARE(readKey(path, kServiceSection, QStringLiteral("Author")), QStringLiteral("me"));
         QCOMPARE(ReadServiceDefinition(path).name, newName);
-    }
-
-    // As a new service of that name would, the renamed one takes the place of the file it meets.
-    void renameReplacesTheFileOfTheNewName()
-    {
-        QString first = m_files.write(QStringLiteral("Clash/First.isf"), "[Settings]\r\nName=First\r\nAuthor=me\r\n");
-        m_files.write(QStringLiteral("Clash/Second.isf"), "[Settings]\r\nName=Second\r\nOld=1\r\n");
-        ServiceDefinition service = postalCodes();
-        service.name = QStringLiteral("Second");
-        QVERIFY(SaveEditedService(first, service));
-        QCOMPARE(first, m_files.file(QStringLiteral("Clash/Second.isf")));
-        QCOMPARE(QDir(m_files.file(QStringLiteral("Clash"))).entryList(QDir::Files), QStringList{"Second.isf"});
-        QCOMPARE(readKey(first, kServiceSection, QStringLiteral("Author")), QStringLiteral("me"));
-        QCOMPARE(readKey(first, kServiceSection, QStringLiteral("Old")), QStringLiteral("<default>"));
+        if (met)
+            QCOMPARE(readKey(path, kServiceSection, QStringLiteral("Old")), kDefault);
     }
 
     // A saver killed at any moment, a few hundred saves in all, leaves complete services only: the old one, the
