@@ -32,28 +32,18 @@ InProcessBackend::InProcessBackend(host::ContactHost& host, QString hostName)
     : m_host(&host), m_hostName(std::move(hostName))
 {
     using host::ContactHost;
-    const auto queued = Qt::QueuedConnection;
     // Whether an event still counts is decided when it arrives, as over the bus.
-    QObject::connect(&host, &ContactHost::OnActUserWantsToClose, &m_events, [this] {
-        if (*m_forwarding)
-            emit m_events.OnActUserWantsToClose();
-    }, queued);
-    QObject::connect(&host, &ContactHost::OnDatabaseClose, &m_events, [this] {
-        if (*m_forwarding)
-            emit m_events.OnDatabaseClose();
-    }, queued);
-    QObject::connect(&host, &ContactHost::OnContactChange, &m_events, [this](const QString& id) {
-        if (*m_forwarding)
-            emit m_events.OnContactChange(id);
-    }, queued);
-    QObject::connect(&host, &ContactHost::OnContactLookupChange, &m_events, [this] {
-        if (*m_forwarding)
-            emit m_events.OnContactLookupChange();
-    }, queued);
-    QObject::connect(&host, &ContactHost::OnContactPosChange, &m_events, [this](const QString& id) {
-        if (*m_forwarding)
-            emit m_events.OnContactPosChange(id);
-    }, queued);
+    const auto forward = [&](auto hostSignal, auto eventSignal) {
+        QObject::connect(&host, hostSignal, &m_events, [this, eventSignal](const auto&... args) {
+            if (*m_forwarding)
+                emit (m_events.*eventSignal)(args...);
+        }, Qt::QueuedConnection);
+    };
+    forward(&ContactHost::OnActUserWantsToClose, &HostEvents::OnActUserWantsToClose);
+    forward(&ContactHost::OnDatabaseClose, &HostEvents::OnDatabaseClose);
+    forward(&ContactHost::OnContactChange, &HostEvents::OnContactChange);
+    forward(&ContactHost::OnContactLookupChange, &HostEvents::OnContactLookupChange);
+    forward(&ContactHost::OnContactPosChange, &HostEvents::OnContactPosChange);
     // The host going away is the one loss an in-process host can have.
     QObject::connect(&host, &QObject::destroyed, &m_events, &HostEvents::hostLost);
 }
