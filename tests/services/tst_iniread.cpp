@@ -30,9 +30,9 @@ private slots:
 
         const auto row = [](const char* tag, const QByteArray& lf, const char* section, const char* key,
                             const QString& expected, const char* keyType = "", const char* failValue = "") {
-            for (const char* ends : {"LF", "CR LF"})
-                QTest::addRow("%s, %s", tag, ends)
-                    << (ends[0] == 'L' ? lf : QByteArray(lf).replace("\n", "\r\n")) << QString::fromUtf8(section)
+            for (const bool crlf : {false, true})
+                QTest::addRow("%s, %s", tag, crlf ? "CR LF" : "LF")
+                    << (crlf ? QByteArray(lf).replace("\n", "\r\n") : lf) << QString::fromUtf8(section)
                     << QString::fromUtf8(key) << expected << QString::fromUtf8(keyType) << QString::fromUtf8(failValue);
         };
         const QByteArray dup("[A]\nk=1\n[A]\nk=3\nj=4\n[B]\nk=2\n");
