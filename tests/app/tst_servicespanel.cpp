@@ -90,11 +90,11 @@ private slots:
         QVERIFY(close->geometry().top() - above->geometry().bottom() - 1 <= close->parentWidget()->layout()->spacing());
     }
 
+    // A button whose service is gone takes no press: the service, the stored button and the typed text stay.
     void buttonWithoutService()
     {
         WriteKeyValue(u"Buttons"_s, u"4"_s, u"Not there"_s, SettingsFilePath());
         MainWindow& w = m->start();
-        QCOMPARE(m->serviceButton(3)->text(), QString());
         m->type(0, u"typed"_s);
         m->press(3);
         QVERIFY(!m->serviceButton(3)->isChecked());
