@@ -3,9 +3,6 @@
 
 #include "WindowFixture.h"
 
-#include "request/PostPage.h"
-#include "request/PostalLookup.h"
-
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -18,13 +15,6 @@ using namespace corvalent;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// "SLOT=TEXT" items.
-void typeAll(test::WindowFixture& m, const QStringList& items)
-{
-    for (const QString& item : items)
-        m.type(item.section(u'=', 0, 0).toInt(), item.section(u'=', 1));
-}
 
 const QString kOwnRows = u"Base=2|F0=26|F1=25|F2=65|F3=67|F7=80|L7=User 1|L9="_s;
 
@@ -40,7 +30,8 @@ private slots:
     void cleanup() { m.reset(); }
 
     // A press makes the button's service the current one, captures its rows and lays the window out for its
-    // type: a hidden row takes no room, so the window keeps its width and its height follows what is shown.
+    // type: a hidden row takes no room, so the window keeps its width and its height follows what is shown. Text
+    // typed in a row whose field all the services share stays; which rows keep what is tst_contactcapture's.
     void pressButton_data()
     {
         QTest::addColumn<int>("button");
@@ -51,16 +42,16 @@ private slots:
         QTest::addColumn<bool>("phones");
         const QStringList custom{u"Custom1"_s, u"Custom2"_s, u"Custom3"_s};
         QTest::newRow("address (Base 0)") << 0 << u"OpenStreetMap address"_s
-                                          << QStringList{u"0=Jean Tremblay"_s, u"2=1500 Rue Peel"_s, u"7="_s}
+                                          << QStringList{u"0=typed"_s, u"2=1500 Rue Peel"_s, u"7="_s}
                                           << custom << true << false;
-        QTest::newRow("phone (Base 1)") << 1 << u"Own phone"_s << QStringList{u"0=Jean Tremblay"_s, u"7=Acme Ltée"_s}
+        QTest::newRow("phone (Base 1)") << 1 << u"Own phone"_s << QStringList{u"0=typed"_s, u"7=Acme Ltée"_s}
                                         << QStringList{u"Phone"_s, u"Custom2"_s, u"Custom3"_s} << false << true;
         QTest::newRow("phone rows, longer captions")
-            << 2 << u"Area code lookup"_s << QStringList{u"0=Jean Tremblay"_s, u"2=1500 Rue Peel"_s}
+            << 2 << u"Area code lookup"_s << QStringList{u"0=typed"_s, u"2=1500 Rue Peel"_s}
             << QStringList{u"Area code"_s, u"Exchange"_s, u"Custom3"_s} << false << true;
         QTest::newRow("other (Base 2), own rows")
             << 3 << u"Own rows"_s
-            << QStringList{u"0=Jean Tremblay"_s, u"2=12B Main St"_s, u"3=Laval"_s, u"4="_s, u"7=u1 A"_s}
+            << QStringList{u"0=typed"_s, u"2=12B Main St"_s, u"3=Laval"_s, u"4="_s, u"7=u1 A"_s}
             << QStringList{u"User 1"_s, u"Custom2"_s, u"Custom3"_s} << false << false;
     }
     void pressButton()
@@ -76,6 +67,7 @@ private slots:
         MainWindow& w = m->start();
         // with the address service of button 0, which shows the address options
         const QSize size = w.size();
+        m->type(0, u"typed"_s);
         if (button == 0)
             m->press(3);
         m->press(button);
@@ -98,36 +90,11 @@ private slots:
         QVERIFY(close->geometry().top() - above->geometry().bottom() - 1 <= close->parentWidget()->layout()->spacing());
     }
 
-    // Changing service keeps what the user typed in a row whose field is the same in both services.
-    void typedTextOnChangingService_data()
-    {
-        QTest::addColumn<int>("slot");
-        QTest::addColumn<QString>("shown");
-        QTest::addColumn<QString>("back"); // after pressing the first service again
-        QTest::newRow("same field kept") << 0 << u"typed"_s << u"typed"_s;
-        QTest::newRow("other field read") << 2 << u"12B Main St"_s << u"1500 Rue Peel"_s;
-        // A row without a field keeps the field it had last, so the empty box is kept on the way back.
-        QTest::newRow("no field in the new service") << 5 << QString() << QString();
-    }
-    void typedTextOnChangingService()
-    {
-        QFETCH(int, slot);
-        QFETCH(QString, shown);
-        QFETCH(QString, back);
-        m->putOnButton(3, u"Own rows"_s, kOwnRows);
-        m->start();
-        m->type(slot, u"typed"_s);
-        m->press(3);
-        QCOMPARE(m->box(slot)->text(), shown);
-        m->press(0);
-        QCOMPARE(m->box(slot)->text(), back);
-    }
-
+    // A button whose service is gone takes no press: the service, the stored button and the typed text stay.
     void buttonWithoutService()
     {
         WriteKeyValue(u"Buttons"_s, u"4"_s, u"Not there"_s, SettingsFilePath());
         MainWindow& w = m->start();
-        QCOMPARE(m->serviceButton(3)->text(), QString());
         m->type(0, u"typed"_s);
         m->press(3);
         QVERIFY(!m->serviceButton(3)->isChecked());
@@ -137,17 +104,25 @@ private slots:
         QCOMPARE(m->box(0)->text(), u"typed"_s);
     }
 
+    // The arrow beside a button opens the list of services on the current one. A click on a service puts it on the
+    // button, cut to fit with the whole name as a tooltip; a list left for another control, even one that takes no
+    // focus, goes away and puts nothing on the button.
     void chooseFromList_data()
     {
         QTest::addColumn<int>("button");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("fileName");
+        QTest::addColumn<QString>("name");     // of the service clicked; "": none
+        QTest::addColumn<QString>("fileName"); // what Buttons then holds
         QTest::addColumn<QString>("caption");
+        QTest::addColumn<QString>("clicked");  // the control left for, when no service is clicked
         QTest::newRow("long name cut on the button")
             << 1 << u"Regional business registry search"_s << u"Regional business registry search"_s
-            << u"Regional business regi"_s;
+            << u"Regional business regi"_s << QString();
         QTest::newRow("dots stored as ~") << 2 << u"maps.example v2.0"_s << u"maps~example v2~0"_s
-                                          << u"maps.example v2.0"_s;
+                                          << u"maps.example v2.0"_s << QString();
+        QTest::newRow("left for a box") << 1 << QString() << test::kShippedButtons[1] << test::kShippedButtons[1]
+                                        << u"txtField(5)"_s;
+        QTest::newRow("left for a caption") << 1 << QString() << test::kShippedButtons[1]
+                                            << test::kShippedButtons[1] << u"lblZip"_s;
     }
     void chooseFromList()
     {
@@ -155,55 +130,41 @@ private slots:
         QFETCH(QString, name);
         QFETCH(QString, fileName);
         QFETCH(QString, caption);
-        test::writeService(m->host.home, u"Name="_s + name + u"|URL=h/s?|Base=2|F0=26|F1=25|L7=Chosen"_s, fileName);
-        MainWindow& w = m->start();
-        auto list = m->widget<QListWidget>(u"lstServices(%1)"_s.arg(button));
-        QVERIFY(!list->isVisible());
-        QTest::mouseClick(m->widget<QToolButton>(u"chkdropdown(%1)"_s.arg(button)), Qt::LeftButton);
-        QVERIFY(list->isVisible());
-        QCOMPARE(list->count(), 7); // the six shipped services and this one
-        QCOMPARE(list->currentItem()->text(), test::kShippedButtons[0]); // the current service
-        const QList<QListWidgetItem*> found = list->findItems(name, Qt::MatchExactly);
-        QCOMPARE(found.size(), 1);
-        list->scrollToItem(found[0]);
-        QTRY_VERIFY(!list->visualItemRect(found[0]).isEmpty());
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(found[0]).center());
-
-        QVERIFY(!list->isVisible());
-        QCOMPARE(GetKeyValue(u"Buttons"_s, QString::number(button + 1), {}, {}, {}, SettingsFilePath()), fileName);
-        QCOMPARE(m->serviceButton(button)->text(), caption);
-        // A cut caption shows the whole name as a tooltip.
-        QCOMPARE(m->serviceButton(button)->toolTip().startsWith(name + u'\n'), caption != name);
-        QVERIFY(m->serviceButton(button)->isChecked());
-        QVERIFY(!m->serviceButton(0)->isChecked());
-        QCOMPARE(w.currentServiceFile(), m->serviceFile(fileName));
-        QCOMPARE(test::stored(u"Pressed"_s), QString::number(button));
-        QCOMPARE(m->widget<QLabel>(u"lblField(7)"_s)->text(), u"Chosen"_s);
-    }
-
-    // A list left for another control, even one that takes no focus, goes away and puts nothing on the button.
-    void listClosesWhenLeft_data()
-    {
-        QTest::addColumn<QString>("clicked");
-        QTest::newRow("a box") << u"txtField(5)"_s;
-        QTest::newRow("a caption") << u"lblZip"_s;
-    }
-    void listClosesWhenLeft()
-    {
         QFETCH(QString, clicked);
+        if (!name.isEmpty())
+            test::writeService(m->host.home, u"Name="_s + name + u"|URL=h/s?|Base=2|F0=26|F1=25|L7=Chosen"_s, fileName);
         MainWindow& w = m->start();
         w.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&w));
-        auto list = m->widget<QListWidget>(u"lstServices(1)"_s);
-        auto arrow = m->widget<QToolButton>(u"chkdropdown(1)"_s);
+        auto list = m->widget<QListWidget>(u"lstServices(%1)"_s.arg(button));
+        auto arrow = m->widget<QToolButton>(u"chkdropdown(%1)"_s.arg(button));
+        QVERIFY(!list->isVisible());
         QTest::mouseClick(arrow, Qt::LeftButton);
         QTRY_VERIFY(list->hasFocus());
         QVERIFY(arrow->isChecked());
-        QTest::mouseClick(m->widget(clicked), Qt::LeftButton);
+        QCOMPARE(list->count(), name.isEmpty() ? 6 : 7); // the six shipped services, and the test's own
+        QCOMPARE(list->currentItem()->text(), test::kShippedButtons[0]);
+        if (name.isEmpty()) {
+            QTest::mouseClick(m->widget(clicked), Qt::LeftButton);
+        } else {
+            const QList<QListWidgetItem*> found = list->findItems(name, Qt::MatchExactly);
+            QCOMPARE(found.size(), 1);
+            list->scrollToItem(found[0]);
+            QTRY_VERIFY(!list->visualItemRect(found[0]).isEmpty());
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(found[0]).center());
+        }
         QTRY_VERIFY(!list->isVisible());
         QVERIFY(!arrow->isChecked());
-        QCOMPARE(GetKeyValue(u"Buttons"_s, u"2"_s, {}, {}, {}, SettingsFilePath()), test::kShippedButtons[1]);
-        QVERIFY(m->serviceButton(0)->isChecked());
+        QCOMPARE(GetKeyValue(u"Buttons"_s, QString::number(button + 1), {}, {}, {}, SettingsFilePath()), fileName);
+        QCOMPARE(m->serviceButton(button)->text(), caption);
+        QCOMPARE(m->serviceButton(button)->isChecked(), !name.isEmpty());
+        QCOMPARE(m->serviceButton(0)->isChecked(), name.isEmpty());
+        if (name.isEmpty())
+            return;
+        QCOMPARE(m->serviceButton(button)->toolTip().startsWith(name + u'\n'), caption != name);
+        QCOMPARE(w.currentServiceFile(), m->serviceFile(fileName));
+        QCOMPARE(test::stored(u"Pressed"_s), QString::number(button));
+        QCOMPARE(m->widget<QLabel>(u"lblField(7)"_s)->text(), u"Chosen"_s);
     }
 
     // The phone list shows the phone the rows read: Business's own phone until another one is picked.
@@ -271,51 +232,32 @@ private slots:
         QCOMPARE(m->box(0)->text(), u"typed"_s);
     }
 
+    // GO sends the boxes as they stand and closes the window unless it is kept open; how the request is built
+    // from a service and the messages of GO are tst_go's.
     void go_data()
     {
         QTest::addColumn<QString>("keys");
-        QTest::addColumn<QStringList>("typed");
         QTest::addColumn<bool>("keepOpen");
-        QTest::addColumn<QString>("opened"); // "" nothing; "page": the POST page
+        QTest::addColumn<QString>("opened"); // "": nothing
         QTest::addColumn<QString>("message");
-        QTest::addColumn<int>("style");
-        QTest::addColumn<bool>("closes");
         const QString find = u"URL=h/find.asp?|V0=name|V3=city|V5=&pc"_s;
         const QString typed = u"http://h/find.asp?name=Jean Tremblay&city=Quebec&pc=G1R 4P5"_s;
-        const QStringList edits{u"3=Québec"_s, u"5=G1R 4P5"_s};
-        QTest::newRow("boxes as edited") << find << edits << false << typed << QString() << 0 << true;
-        QTest::newRow("kept open") << find << edits << true << typed << QString() << 0 << false;
-        QTest::newRow("emptied box skipped") << u"URL=h/s?a=1|V1=co|V2=street|V4=st"_s << QStringList{u"2="_s}
-                                             << false << u"http://h/s?a=1&co=Acme Ltee&st=QC"_s << QString() << 0
-                                             << true;
-        QTest::newRow("no ? added") << u"URL=h/s|V4=st"_s << QStringList() << false << u"http://h/s&st=QC"_s
-                                    << QString() << 0 << true;
-        QTest::newRow("https doubled") << u"URL=https://h/s?|V4=st"_s << QStringList() << false
-                                       << u"http://https://h/s?st=QC"_s << QString() << 0 << true;
-        QTest::newRow("country from the box") << u"URL=h/s?|CountryFile=Countries-ISO.ini|V6=c"_s
-                                              << QStringList{u"6=France"_s} << false << u"http://h/s?c=FR"_s
-                                              << QString() << 0 << true;
-        QTest::newRow("no URL") << u"URL=|V0=name"_s << QStringList() << false << QString()
-                                << u"No URL has been specified for this service!"_s << 48 << false;
-        QTest::newRow("missing country file")
-            << u"URL=h/s?|CountryFile=Gone.ini|V6=c"_s << QStringList() << false << QString()
-            << u"Can't find the country file as specified in this service's settings."_s << 0 << false;
-        QTest::newRow("POST page") << test::kPostalUrl + u"|V3=city"_s << QStringList() << false << u"page"_s
-                                   << QString() << 0 << false;
+        QTest::newRow("boxes as edited") << find << false << typed << QString();
+        QTest::newRow("kept open") << find << true << typed << QString();
+        QTest::newRow("no URL") << u"URL=|V0=name"_s << false << QString()
+                                << u"No URL has been specified for this service!"_s;
     }
     void go()
     {
         QFETCH(QString, keys);
-        QFETCH(QStringList, typed);
         QFETCH(bool, keepOpen);
         QFETCH(QString, opened);
         QFETCH(QString, message);
-        QFETCH(int, style);
-        QFETCH(bool, closes);
         m->putOnButton(3, u"Request"_s, u"Base=2|"_s + test::kRows + u"|"_s + keys);
         MainWindow& w = m->start();
         m->press(3);
-        typeAll(*m, typed);
+        m->type(3, u"Québec"_s);
+        m->type(5, u"G1R 4P5"_s);
         if (keepOpen)
             QTest::mouseClick(m->widget<QCheckBox>(u"chkClose"_s), Qt::LeftButton);
         QSignalSpy unloaded(&w, &MainWindow::unloaded);
@@ -324,12 +266,9 @@ private slots:
         QStringList targets;
         for (const RecordingLauncher::Opened& o : m->launcher->opened())
             targets << o.target;
-        if (opened == u"page"_s)
-            opened = ProgramFolder::join(ProgramFolder::path(), kPostPageName);
         QCOMPARE(targets, opened.isEmpty() ? QStringList() : QStringList{opened});
         QCOMPARE(m->prompter->texts(), message.isEmpty() ? QStringList() : QStringList{message});
-        for (const RecordingPrompter::Prompt& p : m->prompter->prompts())
-            QCOMPARE(p.style, style);
+        const bool closes = !opened.isEmpty() && !keepOpen;
         QCOMPARE(w.isVisible(), !closes);
         QCOMPARE(unloaded.count(), closes ? 1 : 0);
     }
@@ -338,10 +277,8 @@ private slots:
     {
         QTest::addColumn<QString>("stored"); // "ColorStandard"; null: none stored
         QTest::addColumn<bool>("standard");
-        QTest::newRow("none stored") << QString() << true;
-        QTest::newRow("1") << u"1"_s << true;
+        QTest::newRow("none stored: 1") << QString() << true;
         QTest::newRow("0") << u"0"_s << false;
-        QTest::newRow("-1") << u"-1"_s << false;
         QTest::newRow("text") << u"abc"_s << false;
     }
     void colours()

@@ -47,8 +47,6 @@ QByteArray serviceBytes(const QString& lines)
     return text.replace(u'|', u"\r\n"_s).toUtf8();
 }
 
-const QString kVariablesNone = u"V0=|V1=|V2=|V3=|V4=|V5=|V6=|V7=|V8=|V9="_s;
-
 } // namespace
 
 class TestServiceEditor : public QObject {
@@ -64,7 +62,6 @@ class TestServiceEditor : public QObject {
         w->show();
         return w;
     }
-    QString preset(const QString& stem) { return m->serviceFile(stem); }
 
 private slots:
     void init()
@@ -84,7 +81,6 @@ private slots:
     {
         m->host.home.write(u"Presets/Postal codes 2~1.isf"_s, "[Settings]\r\nOld=1\r\n");
         QPointer<ServiceEditorWindow> w = open(ServiceEditorWindow::Mode::New);
-        QCOMPARE(w->objectName(), u"frmNew"_s);
         QCOMPARE(w->windowTitle(), u"New Service"_s);
         typeInto(edit(w, u"txtName"_s), u"Postal codes 2.1"_s);
         typeInto(edit(w, u"txtURL"_s), u"example.org/pc?lang=en"_s);
@@ -118,7 +114,7 @@ private slots:
 
         QTRY_VERIFY(w.isNull());
         QVERIFY(m->prompter->prompts().isEmpty());
-        QCOMPARE(test::TestHome::read(preset(u"Postal codes 2~1"_s)),
+        QCOMPARE(test::TestHome::read(m->serviceFile(u"Postal codes 2~1"_s)),
                  serviceBytes(u"Name=Postal codes 2~1|URL=example.org/pc?lang=en|Base=1|CountryFile=|DefaultCountry=|"
                               "F0=26|F1=25|F2=27|F3=30|F4=31|F5=32|F6=33|F7=0|F8=888|PhFormat8=1,2,4|F9=80|"
                               "V0=name|V1=|V2=|V3=|V4=|V5=&pcode|V6=|V7=|V8=|V9=|L7=Custom1|L8=Phone|L9=Custom3"_s));
@@ -174,14 +170,12 @@ private slots:
         QTRY_VERIFY(w.isNull());
         QCOMPARE(QDir(PresetsDir()).entryList({u"*.isf"_s}).filter(savedStem), QStringList{savedStem + u".isf"_s});
         if (savedStem != stem)
-            QVERIFY(!QFileInfo::exists(preset(stem)));
-        const QString saved = preset(savedStem);
+            QVERIFY(!QFileInfo::exists(m->serviceFile(stem)));
+        const QString saved = m->serviceFile(savedStem);
         QCOMPARE(ServiceSetting(saved, u"Name"_s), newName.replace(u'.', u'~'));
-        QCOMPARE(ServiceSetting(saved, u"Author"_s), u"me"_s);
-        QCOMPARE(ServiceSetting(saved, u"CountryFile"_s), u"c.ini"_s);
-        QCOMPARE(ServiceSetting(saved, u"DefaultCountry"_s), u"CA"_s);
-        QCOMPARE(ServiceSetting(saved, u"F8"_s), u"888"_s);
-        QCOMPARE(ServiceSetting(saved, u"PhFormat8"_s), u"4,5"_s);
+        for (const QString& kept : {u"Author=me"_s, u"CountryFile=c.ini"_s, u"DefaultCountry=CA"_s, u"F8=888"_s,
+                                    u"PhFormat8=4,5"_s})
+            QCOMPARE(ServiceSetting(saved, kept.section(u'=', 0, 0)), kept.section(u'=', 1));
     }
 
     // The Encoding box shows whether the service sends UTF-8; a save writes "utf-8" when checked, empties only a

@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QLabel>
+#include <QSignalSpy>
 
 using namespace corvalent;
 using namespace Qt::StringLiterals;
@@ -86,7 +87,7 @@ private slots:
     }
 
     // Close after a change: the failure is told again, or the restart is offered; Yes closes the main window with
-    // the restart set, which closes the contact manager and opens its database again.
+    // the restart set, which closes the contact manager, opens its database again and ends the program.
     void close_data()
     {
         const QString restart =
@@ -114,6 +115,8 @@ private slots:
             m->host.backend.answers.insert(u"AddAuxCommand"_s, qint32(1));
         MainWindow& main = m->start();
         const QString database = main.session().getOpenDbName();
+        QSignalSpy closeAsked(&m->host.host, &host::ContactHost::closeRequested);
+        QSignalSpy ended(&main.follower(), &HostFollower::endProgram);
         QPointer<IntegrateWindow> w = open(main);
         QTest::mouseClick(box(w, 0), Qt::LeftButton);
         m->prompter->scriptAnswer(answer);
@@ -124,9 +127,14 @@ private slots:
             QCOMPARE(m->prompter->prompts().last().style, int(Prompter::YesNo));
         QCOMPARE(main.isVisible(), !restarted);
         QCOMPARE(main.follower().RestartPending, restarted);
+        QCOMPARE(closeAsked.count(), restarted ? 1 : 0);
         QCOMPARE(m->launcher->opened().size(), restarted ? 1 : 0);
-        if (restarted)
-            QCOMPARE(m->launcher->opened().first().target, database);
+        if (!restarted)
+            return;
+        QCOMPARE(m->launcher->opened().first().target, database);
+        // The program ends once the contact manager has had time to close.
+        QCOMPARE(ended.count(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 1, 10000);
     }
 };
 

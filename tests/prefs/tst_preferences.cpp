@@ -19,13 +19,6 @@ class TestPreferences : public QObject {
 private slots:
     void init() { rawStore().clear(); }
 
-    // The two readers of ComboPhone disagree on its default; each must get its own, so reading stores nothing.
-    void missingKeyGivesEachReaderItsDefault()
-    {
-        QCOMPARE(GetSetting(QStringLiteral("ComboPhone"), QStringLiteral("37")), QStringLiteral("37"));
-        QCOMPARE(GetSetting(QStringLiteral("ComboPhone"), QStringLiteral("38")), QStringLiteral("38"));
-    }
-
     void roundTrip_data()
     {
         QTest::addColumn<QString>("value");

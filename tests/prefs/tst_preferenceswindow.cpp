@@ -10,21 +10,11 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QRadioButton>
-#include <QSettings>
 
 using namespace corvalent;
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QSettings store()
-{
-    return QSettings(QSettings::NativeFormat, QSettings::UserScope, u"Corvalent"_s, u"Corvalent"_s);
-}
-
 using test::control;
-
-} // namespace
 
 class TestPreferencesWindow : public QObject {
     Q_OBJECT
@@ -77,7 +67,7 @@ private slots:
         QCOMPARE(control<QLineEdit>(w, u"txtPath"_s)->text(), QDir::toNativeSeparators(SettingsFilePath()));
         QTest::mouseClick(control<QPushButton>(w, u"cmdCancel"_s), Qt::LeftButton);
         QTRY_VERIFY(w.isNull());
-        QCOMPARE(store().allKeys().size(), stored.size());
+        QCOMPARE(test::storedPreferences().size(), stored.size());
     }
 
     // OK stores the four settings and the main window takes the colours and the labels at once.
