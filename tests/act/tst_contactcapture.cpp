@@ -146,8 +146,6 @@ private slots:
         QFETCH(int, phone);
         QFETCH(int, flags);
         QFETCH(QStringList, expected);
-        QFETCH(QString, grab);
-        QFETCH(int, reads);
 
         m_form->setAddressOption(option);
         if (phone)
@@ -180,8 +178,8 @@ private slots:
         QString grabs;
         for (int i = 0; i < 10; ++i)
             grabs += m_form->grabEnabled(i) ? u'G' : u'-';
-        QCOMPARE(grabs, grab);
-        QCOMPARE(m_fixture.backend.calls.count(u"GetField"_s), reads);
+        QTEST(grabs, "grab");
+        QTEST(int(m_fixture.backend.calls.count(u"GetField"_s)), "reads");
         QVERIFY(!m_capture->ResetFields);
     }
 

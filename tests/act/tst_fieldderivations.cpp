@@ -52,8 +52,6 @@ private slots:
         QFETCH(QString, f2);
         QFETCH(int, current);
         QFETCH(QString, stored);
-        QFETCH(int, address);
-        QFETCH(int, phone);
         QFETCH(QStringList, boxes);
         m_form.setAddressOption(option);
         if (current > -2)
@@ -61,8 +59,8 @@ private slots:
         if (!stored.isEmpty())
             SaveSetting(u"ComboPhone"_s, stored);
         const QString service = test::writeService(m_fixture.home, f2 == u"-"_s ? u"F1=2"_s : u"F2="_s + f2);
-        QCOMPARE(GetAddressField(m_form, service), address);
-        QCOMPARE(GetPhoneNumber(m_form), phone);
+        QTEST(GetAddressField(m_form, service), "address");
+        QTEST(GetPhoneNumber(m_form), "phone");
         QCOMPARE(m_prompter->prompts().size(), boxes.size());
         for (int i = 0; i < boxes.size(); ++i)
             QVERIFY(test::isErrorBox(m_prompter->prompts().at(i), u"Error "_s, u"frmMain: Function "_s + boxes[i]));
@@ -76,7 +74,6 @@ private slots:
         QTest::addColumn<bool>("gridRow");
         QTest::addColumn<QString>("expected");
         QTest::newRow("business 2 is 27, not 29") << false << 2 << false << u"1500 Rue Peel"_s;
-        QTest::newRow("business 3") << false << 3 << false << u"Montréal"_s;
         QTest::newRow("home 2") << true << 2 << false << u"12B Main St"_s;
         QTest::newRow("home 6 is 70") << true << 6 << false << u"Home Canada"_s;
         QTest::newRow("home 5, grid") << true << 5 << true << u"L6J 1A1"_s;
@@ -121,7 +118,6 @@ private slots:
     {
         QFETCH(int, chosen);
         QFETCH(QString, stored);
-        QFETCH(int, expected);
         if (!stored.isEmpty())
             SaveSetting(u"ComboPhone"_s, stored);
         if (chosen)
@@ -132,7 +128,7 @@ private slots:
                                                     {u"[Home Phone] (450) 555-0111"_s, 37},
                                                     {u"[Mobile Phone] (514) 555-0100"_s, 38}};
         QCOMPARE(m_form.phones(), phones);
-        QCOMPARE(m_form.currentPhone(), expected);
+        QTEST(m_form.currentPhone(), "expected");
         QCOMPARE(m_prompter->texts(), QStringList());
     }
 };

@@ -183,6 +183,8 @@ private slots:
             << QStringList{u"^4 Corvalent: InternetConnect Err: .*[Cc]ouldn't connect.*\rClose Connection and "
                            "Session\\?$"_s}
             << false << 0;
+        QTest::newRow("manual connection opens the server")
+            << u"ftp"_s << QStringList{u"cmdFtp"_s} << QList<int>() << QStringList() << false << 0;
     }
     void messages()
     {
@@ -198,6 +200,11 @@ private slots:
         checkPrompts(prompts);
         QTEST(m_window->manage().connected(), "connected");
         QTEST(int(control<QListWidget>(u"lstFiles"_s)->count()), "listed");
+        // Only the manual connection opens anything: the server, in the user's own program.
+        QStringList opened;
+        for (const auto& o : m_launcher->opened())
+            opened << o.target;
+        QCOMPARE(opened, clicks.contains(u"cmdFtp"_s) ? QStringList{m_ftp.url("ftp")} : QStringList());
     }
 
     void deleteAsks_data()
@@ -223,14 +230,6 @@ private slots:
         QTEST(QFile::exists(presets() + u"/White~pages.isf"_s), "kept");
         QTEST(entries(u"lstPresets"_s).contains(u"White.pages"_s), "kept");
         QVERIFY(QFile::exists(presets() + u"/Yellow pages.isf"_s));
-    }
-
-    void manualConnectionOpensTheServer()
-    {
-        open(m_ftp.url("ftp"));
-        click(u"cmdFtp"_s);
-        QCOMPARE(m_launcher->opened().size(), 1);
-        QCOMPARE(m_launcher->opened()[0].target, m_ftp.url("ftp"));
     }
 };
 

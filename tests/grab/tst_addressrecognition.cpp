@@ -44,39 +44,23 @@ private slots:
         QTest::addColumn<QString>("line");
         QTest::addColumn<QString>("expected");
 
-        // State capitols and the odd city hall, one per state, each in one of the forms pages write them in:
+        // One row per form pages write a US address in (a row per state would only restate the product's table):
         // postal codes, full names, abbreviations with periods, no comma, ZIP+4, any case, trailing countries and
         // punctuation, and what a selection drags along (no-break spaces, tabs, runs of spaces, line ends).
         row("Montgomery, AL 36130", "Montgomery|AL|36130"); row("Juneau, Alaska 99801", "Juneau|AK|99801");
-        row("Phoenix AZ 85007", "Phoenix|AZ|85007"); row("Little Rock, AR 72201", "Little Rock|AR|72201");
-        row("Sacramento, CA 95814, USA", "Sacramento|CA|95814");
-        row("Denver, Colorado 80203 U.S.A.", "Denver|CO|80203"); row("Hartford, CT 06106", "Hartford|CT|06106");
-        row("Dover, Del. 19901", "Dover|DE|19901");
+        row("Phoenix AZ 85007", "Phoenix|AZ|85007"); row("Sacramento, CA 95814, USA", "Sacramento|CA|95814");
+        row("Denver, Colorado 80203 U.S.A.", "Denver|CO|80203"); row("Dover, Del. 19901", "Dover|DE|19901");
         row("Tallahassee FL 32399 0001", "Tallahassee|FL|32399-0001");
-        row("Atlanta, Georgia 30334", "Atlanta|GA|30334");
-        row("Honolulu, Hawaii 96813", "Honolulu|HI|96813"); row("Boise,\u00a0ID\u00a083702", "Boise|ID|83702");
+        row("Boise,\u00a0ID\u00a083702", "Boise|ID|83702");
         row("Springfield,\tIL\t62706\r\n", "Springfield|IL|62706");
-        row("indianapolis, in 46204", "indianapolis|IN|46204");
-        row("Des Moines, Iowa 50319", "Des Moines|IA|50319"); row("Topeka, KS 66612,", "Topeka|KS|66612");
-        row("Frankfort, Kentucky 40601", "Frankfort|KY|40601"); row("Baton Rouge, LA 70802", "Baton Rouge|LA|70802");
-        row("Augusta, Maine 04330", "Augusta|ME|04330"); row("Annapolis, MD 21401", "Annapolis|MD|21401");
-        row("Boston, Massachusetts 02133", "Boston|MA|02133"); row("Lansing, MI 48933", "Lansing|MI|48933");
-        row("St. Paul, MN 55155", "St. Paul|MN|55155"); row("Jackson, Mississippi 39201", "Jackson|MS|39201");
-        row("Jefferson City, MO 65101", "Jefferson City|MO|65101"); row("Helena, Mont. 59601", "Helena|MT|59601");
-        row("Lincoln NE 68508", "Lincoln|NE|68508"); row("Carson City, NV 89701", "Carson City|NV|89701");
-        row("Concord, New Hampshire 03301", "Concord|NH|03301"); row("Trenton, NJ 08608", "Trenton|NJ|08608");
+        row("indianapolis, in 46204", "indianapolis|IN|46204"); row("Topeka, KS 66612,", "Topeka|KS|66612");
+        row("St. Paul, MN 55155", "St. Paul|MN|55155"); row("Helena, Mont. 59601", "Helena|MT|59601");
         row("Santa Fe, New Mexico 87501", "Santa Fe|NM|87501"); row("New York New York 10007", "New York|NY|10007");
         row("1 E Edenton St, Raleigh, NC 27601", "Raleigh|NC|27601");
-        row("Bismarck, North Dakota 58505", "Bismarck|ND|58505"); row("Columbus, Ohio 43215", "Columbus|OH|43215");
         row("Oklahoma City, OK 73105", "Oklahoma City|OK|73105"); row("Salem, OR 97301", "Salem|OR|97301");
-        row("Harrisburg, Pennsylvania 17120", "Harrisburg|PA|17120");
-        row("Providence, Rhode Island 02903", "Providence|RI|02903"); row("Columbia, SC 29201", "Columbia|SC|29201");
-        row("Pierre, South Dakota 57501", "Pierre|SD|57501"); row("Nashville, TN 37243", "Nashville|TN|37243");
         row("AUSTIN, TEXAS 78701.", "AUSTIN|TX|78701"); row("Salt  Lake   City , UT 84114", "Salt Lake City|UT|84114");
-        row("Montpelier, Vermont 05633", "Montpelier|VT|05633"); row("Richmond, VA 23219", "Richmond|VA|23219");
-        row("Olympia, Washington 98504", "Olympia|WA|98504");
         row("Charleston West Virginia 25305", "Charleston|WV|25305"); // the longest name wins over "Virginia"
-        row("Madison, WI 53703 United States", "Madison|WI|53703"); row("Cheyenne, Wyo. 82001", "Cheyenne|WY|82001");
+        row("Madison, WI 53703 United States", "Madison|WI|53703");
         row("Washington, D.C. 20500-0003", "Washington|DC|20500-0003");
         row("San Juan, Puerto Rico 00901", "San Juan|PR|00901"); row("Hagåtña, GU 96910", "Hagåtña|GU|96910");
 
@@ -114,8 +98,7 @@ private slots:
     void recogniseCityStateZip()
     {
         QFETCH(QString, line);
-        QFETCH(QString, expected);
-        QCOMPARE(encoded(RecogniseCityStateZip(line)), expected);
+        QTEST(encoded(RecogniseCityStateZip(line)), "expected");
     }
 
     void isMultiLine_data()
@@ -132,8 +115,7 @@ private slots:
     void isMultiLine()
     {
         QFETCH(QString, text);
-        QFETCH(bool, multiLine);
-        QCOMPARE(corvalent::isMultiLine(text), multiLine);
+        QTEST(corvalent::isMultiLine(text), "multiLine");
     }
 };
 

@@ -120,10 +120,9 @@ private slots:
     {
         QFETCH(QString, text);
         QFETCH(int, max);
-        QFETCH(QString, expected);
         QFETCH(bool, cut);
         bool wasCut = !cut;
-        QCOMPARE(GrabText::NormalizeGrabbedText(text, max, &wasCut), expected);
+        QTEST(GrabText::NormalizeGrabbedText(text, max, &wasCut), "expected");
         QCOMPARE(wasCut, cut);
     }
 
@@ -133,11 +132,11 @@ private slots:
         QString page;
         while (page.size() < 2 * GrabText::kMaxGrabChars)
             page += u"A line of a long page\n"_s;
-        test::ScriptedDesktop big(
+        test::ScriptedDesktop desktop(
             {test::ScriptedWindow::named(u"Corvalent"_s), test::ScriptedWindow::named(u"Mozilla Firefox"_s, page)});
-        GrabText bigGrab(big);
-        const QString text = bigGrab.GrabBrowserText();
-        QVERIFY(bigGrab.lastGrabWasCut());
+        GrabText grab(desktop);
+        const QString text = grab.GrabBrowserText();
+        QVERIFY(grab.lastGrabWasCut());
         QVERIFY(text.size() <= GrabText::kMaxGrabChars);
         QVERIFY(text.startsWith(u"A line of a long page\r\nA line"_s));
     }

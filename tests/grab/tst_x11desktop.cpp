@@ -1,6 +1,7 @@
 // The X11 desktop on a real X server with a window manager (scripts/x11-session.sh runs this test): windows of this
 // process and of a helper program, activated, typed into with Ctrl+C and read back through the clipboard.
 
+#include "X11Connection.h"
 #include "grab/X11Desktop.h"
 
 #include <QApplication>
@@ -24,20 +25,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kWindowMs = 15000; // a window to be shown and managed, a helper to start
-
-xcb_connection_t* qtConnection()
-{
-    return qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
-}
-
-xcb_atom_t atom(const char* name)
-{
-    xcb_connection_t* c = qtConnection();
-    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(c, xcb_intern_atom(c, 0, uint16_t(strlen(name)), name), nullptr);
-    const xcb_atom_t result = reply ? reply->atom : XCB_NONE;
-    free(reply);
-    return result;
-}
 
 // Writes a property of the window as a program of its own would, and waits until the server has it.
 void writeProperty(WId window, xcb_atom_t property, xcb_atom_t type, int format, const QByteArray& value)

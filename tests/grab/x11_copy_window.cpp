@@ -9,6 +9,8 @@
 //   pieces Ctrl+C puts the text on the clipboard as UTF-8, in pieces of 64 KiB (INCR) when longer
 // It prints "window ID" once its window is shown and "owned" each time it has put something on the clipboard.
 
+#include "X11Connection.h"
+
 #include <QAbstractNativeEventFilter>
 #include <QApplication>
 #include <QClipboard>
@@ -31,20 +33,6 @@ void say(const QByteArray& line)
 {
     std::printf("%s\n", line.constData());
     std::fflush(stdout);
-}
-
-xcb_connection_t* connection()
-{
-    return qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
-}
-
-xcb_atom_t atom(const char* name)
-{
-    xcb_connection_t* c = connection();
-    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(c, xcb_intern_atom(c, 0, uint16_t(strlen(name)), name), nullptr);
-    const xcb_atom_t result = reply ? reply->atom : XCB_NONE;
-    free(reply);
-    return result;
 }
 
 // Holds the CLIPBOARD and answers requests itself, before Qt sees them, as other toolkits do: the text under one
@@ -82,7 +70,7 @@ struct RawOwner : QAbstractNativeEventFilter {
             m_property = notify.property = request.property;
             if (m_bytes.size() > m_piece) {
                 const uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-                xcb_change_window_attributes(connection(), m_requestor, XCB_CW_EVENT_MASK, &events);
+                xcb_change_window_attributes(qtConnection(), m_requestor, XCB_CW_EVENT_MASK, &events);
                 const auto size = uint32_t(m_bytes.size());
                 write(atom("INCR"), 32, 1, &size);
                 m_sent = 0;
@@ -90,17 +78,17 @@ struct RawOwner : QAbstractNativeEventFilter {
                 write(m_type, 8, m_bytes.size(), m_bytes.constData());
             }
         }
-        xcb_send_event(connection(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT,
+        xcb_send_event(qtConnection(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT,
                        reinterpret_cast<const char*>(&notify));
-        xcb_flush(connection());
+        xcb_flush(qtConnection());
         return true;
     }
 
     void write(xcb_atom_t type, int format, qsizetype length, const void* data)
     {
-        xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, m_requestor, m_property, type, uint8_t(format),
+        xcb_change_property(qtConnection(), XCB_PROP_MODE_REPLACE, m_requestor, m_property, type, uint8_t(format),
                             uint32_t(length), data);
-        xcb_flush(connection());
+        xcb_flush(qtConnection());
     }
 
     xcb_window_t m_window;
@@ -141,8 +129,8 @@ int main(int argc, char** argv)
         }
         QObject::connect(new QShortcut(QKeySequence::Copy, window.get()), &QShortcut::activated, [&] {
             if (raw) {
-                xcb_set_selection_owner(connection(), raw->m_window, atom("CLIPBOARD"), XCB_CURRENT_TIME);
-                xcb_flush(connection());
+                xcb_set_selection_owner(qtConnection(), raw->m_window, atom("CLIPBOARD"), XCB_CURRENT_TIME);
+                xcb_flush(qtConnection());
                 return say("owned");
             }
             QImage picture(16, 16, QImage::Format_RGB32);

@@ -8,6 +8,8 @@
 #include <QMap>
 #include <QStringList>
 
+#include <numeric>
+
 namespace corvalent::test {
 
 struct ScriptedWindow {
@@ -44,9 +46,8 @@ public:
     bool canDriveWindows() const override { return m_drivable; }
     QList<WindowHandle> stackingFromTop() override
     {
-        QList<WindowHandle> handles;
-        for (qsizetype i = 0; i < m_windows.size(); ++i)
-            handles << WindowHandle(i + 1);
+        QList<WindowHandle> handles(m_windows.size());
+        std::iota(handles.begin(), handles.end(), WindowHandle(1));
         return handles;
     }
     QString title(WindowHandle w) override { return at(w).title; }
