@@ -3,6 +3,8 @@
 // Shared by the tests that drive the real programs on an X server (scripts/x11-session.sh): xdotool to find their
 // windows and to type into them as a user would.
 
+#include "support/BusSupport.h"
+
 #include <QDBusConnection>
 #include <QProcess>
 #include <QString>
@@ -35,9 +37,11 @@ inline std::optional<QString> xdotool(const QStringList& args, bool quiet = fals
     return QString::fromUtf8(tool.readAllStandardOutput());
 }
 
-// What this process lacks to drive programs on an X server with a session bus; "" when nothing.
+// What keeps this process from driving programs on an X server with a session bus of their own; "" when nothing.
 inline QString missingForX11Session()
 {
+    if (QDBusConnection::sessionBus().isConnected() && hostOnBus())
+        return QStringLiteral("a contact manager already serves on this session bus");
     if (qEnvironmentVariableIsEmpty("DISPLAY"))
         return QStringLiteral("needs an X server: run under scripts/x11-session.sh");
     if (!QDBusConnection::sessionBus().isConnected())
@@ -113,6 +117,33 @@ inline bool endsCleanly(QProcess& process, QByteArray& why)
     }
     why = "it still runs; its windows: " + windowTitles(process).join(QStringLiteral(", ")).toUtf8();
     return false;
+}
+
+// The environment of the programs a test starts: the X server's platform, and a home and data folder of their own
+// below `folder`.
+inline QProcessEnvironment programEnvironment(const QString& folder)
+{
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    env.insert(QStringLiteral("HOME"), folder + QStringLiteral("/user"));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), folder + QStringLiteral("/data"));
+    return env;
+}
+
+// Starts corvalent-contacts on `database` and answers its window once it shows; empty when it does not.
+inline QString startHostWindow(QProcess& host, const QProcessEnvironment& env, const QString& database)
+{
+    host.setProcessEnvironment(env);
+    return startHost(host, {database}) ? waitForWindow(host, QStringLiteral("^Corvalent Contacts")) : QString();
+}
+
+// Starts the add-on (CORVALENT_ADDON) and answers its window once it shows; empty when it does not.
+inline QString startAddonWindow(QProcess& addon, const QProcessEnvironment& env)
+{
+    addon.setProcessEnvironment(env);
+    addon.setProcessChannelMode(QProcess::ForwardedChannels);
+    addon.start(qEnvironmentVariable("CORVALENT_ADDON"), {});
+    return addon.waitForStarted() ? waitForWindow(addon, QStringLiteral("^Corvalent$")) : QString();
 }
 
 inline void stop(QProcess& process)

@@ -300,6 +300,7 @@ private slots:
         const auto echo = [&] { object->invoke(u"Echo"_s, {1}); };
         const auto notRunning = std::make_pair(429, u"The contact manager is not running"_s);
         QCOMPARE(test::raisedPair(echo), notRunning);
+        QCOMPARE(test::raisedPair([&] { create(); }), notRunning);
         // A new contact manager does not take over the old one's objects.
         startService();
         QCOMPARE(test::raisedPair(echo), notRunning);

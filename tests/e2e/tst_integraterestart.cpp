@@ -48,24 +48,14 @@ private slots:
     {
         const QString missing = missingForX11Session();
         QVERIFY2(missing.isEmpty(), qPrintable(missing));
-        QVERIFY(!hostOnBus());
         m_database = m_home.file(u"Contacts.cvdb"_s);
         host::writeSampleDatabase(m_database);
 
         // The restart opens the database "with the desktop": here straight with the contact manager.
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
-        env.insert(u"HOME"_s, m_home.path() + u"/user"_s);
-        env.insert(u"XDG_DATA_HOME"_s, m_home.path() + u"/data"_s);
+        QProcessEnvironment env = programEnvironment(m_home.path());
         env.insert(u"CORVALENT_OPENER"_s, qEnvironmentVariable("CORVALENT_CONTACTS"));
-        m_host.setProcessEnvironment(env);
-        m_addon.setProcessEnvironment(env);
-        QVERIFY(startHost(m_host, {m_database}));
-        QVERIFY2(!waitForWindow(m_host, u"^Corvalent Contacts"_s).isEmpty(), "the contact manager did not show");
-        m_addon.setProcessChannelMode(QProcess::ForwardedChannels);
-        m_addon.start(qEnvironmentVariable("CORVALENT_ADDON"), {});
-        QVERIFY2(m_addon.waitForStarted(), qPrintable(m_addon.errorString()));
-        QVERIFY2(!waitForWindow(m_addon, u"^Corvalent$"_s).isEmpty(), "the add-on did not show");
+        QVERIFY2(!startHostWindow(m_host, env, m_database).isEmpty(), "the contact manager did not show");
+        QVERIFY2(!startAddonWindow(m_addon, env).isEmpty(), "the add-on did not show");
     }
 
     void cleanupTestCase()

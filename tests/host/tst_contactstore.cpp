@@ -1,5 +1,4 @@
 #include "common/Error.h"
-#include "store/ContactSchema.h"
 #include "store/ContactStore.h"
 #include "store/SqliteConnection.h"
 #include "support/Raised.h"
@@ -9,8 +8,6 @@
 #include <QFile>
 #include <QMap>
 #include <QSet>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTest>
 
 using namespace corvalent;
@@ -22,14 +19,10 @@ namespace {
 // Runs SQL on a database file behind the store's back (to build foreign files or age a record).
 void rawSql(const QString& path, const QStringList& statements)
 {
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"raw"_s);
-        db.setDatabaseName(path);
-        QVERIFY(db.open());
-        for (const QString& sql : statements)
-            QVERIFY2(QSqlQuery(db).exec(sql), qPrintable(sql));
-    }
-    QSqlDatabase::removeDatabase(u"raw"_s);
+    SqliteConnection connection;
+    connection.open(path, false);
+    for (const QString& sql : statements)
+        connection.exec(sql);
 }
 
 } // namespace
@@ -202,14 +195,8 @@ private slots:
             store.create(path);
             store.setFieldText(store.addContact(), 30, u"Montréal"_s);
         }
-        {
-            SqliteConnection connection;
-            connection.open(path, false);
-            for (const char* trigger : {"add", "remove", "change"})
-                connection.exec(u"DROP TRIGGER lookup_index_%1"_s.arg(QLatin1String(trigger)));
-            connection.exec(u"DROP TABLE lookup_index"_s);
-            QVERIFY(!schema::hasLookupIndex(connection));
-        }
+        rawSql(path, {u"DROP TRIGGER lookup_index_add"_s, u"DROP TRIGGER lookup_index_remove"_s,
+                      u"DROP TRIGGER lookup_index_change"_s, u"DROP TABLE lookup_index"_s});
         ContactStore older;
         older.open(path);
         const QVector<qint64> found = older.lookup(u"MONTRÉAL"_s);

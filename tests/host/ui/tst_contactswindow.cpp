@@ -2,6 +2,7 @@
 #include "ui/ContactListModel.h"
 #include "ui/ContactsWindow.h"
 
+#include "common/Automation.h"
 #include "common/Prompter.h"
 #include "support/TestHome.h"
 
@@ -269,6 +270,32 @@ private slots:
             QVERIFY(m_prompter->texts().first().contains(QFileInfo(path).fileName()));
             QCOMPARE(test::TestHome::read(path), content);
         }
+    }
+
+    // A client holds the window still while it writes (LockWindowUpdate): a change made meanwhile shows once the
+    // window is unlocked, by UnlockWindowUpdate or by itself after 5 s, so that a client that dies cannot leave
+    // it frozen.
+    void lockedWindowCatchesUpWhenUnlocked_data()
+    {
+        QTest::addColumn<bool>("unlock");
+        QTest::newRow("UnlockWindowUpdate") << true;
+        QTest::newRow("released after 5 s") << false;
+    }
+    void lockedWindowCatchesUpWhenUnlocked()
+    {
+        QFETCH(bool, unlock);
+        const AutomationPtr app = m_host->createObject(kProgIdApp);
+        const QString before = editor(26)->text();
+        app->invoke(u"LockWindowUpdate"_s, {});
+        m_host->setField(26, u"Written While Locked"_s);
+        QCOMPARE(editor(26)->text(), before);
+        QVERIFY(!m_window->updatesEnabled());
+        if (unlock)
+            app->invoke(u"UnlockWindowUpdate"_s, {});
+        // Unlocked at once, or only once the lock has run out.
+        QTRY_COMPARE_WITH_TIMEOUT(editor(26)->text(), u"Written While Locked"_s,
+                                  unlock ? 0 : ContactHost::kMaxUpdateLockMs + 2000);
+        QVERIFY(m_window->updatesEnabled());
     }
 
     void closingTellsAutomationOnce_data()
