@@ -23,6 +23,7 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QTableView>
+#include <QTimer>
 #include <QToolBar>
 #include <utility>
 
@@ -32,6 +33,8 @@ namespace {
 
 const QString kTitle = QStringLiteral("Corvalent Contacts");
 const QString kDatabaseSuffix = QStringLiteral("cvdb");
+// Short enough to look immediate, long enough for a client's reads after its move to be answered first.
+constexpr int kCatchUpDelayMs = 20;
 
 QString describe(const std::exception& e)
 {
@@ -63,6 +66,13 @@ struct ContactsWindow::Impl {
     // While a client writes several fields the window shows nothing new, then catches up once.
     bool frozen = false;
     bool stale = false;
+    // The contact is shown a moment after a move or a change, in one go: the client that made it (typically the
+    // add-on, which reads the new contact at once) is answered first, and a quick run of moves repaints once. The
+    // list's model follows at once, as its rows must always be the host's.
+    QTimer catchUp;
+    qint64 shownContact = -1;
+    // The user's own edit is shown back at once: the next field may be typed into within the delay.
+    bool savingEdit = false;
     QToolBar* commandBar = nullptr;
     // Owns the actions of the auxiliary commands shown now; replaced whole when they are rebuilt.
     QObject* auxActions = nullptr;
@@ -92,6 +102,7 @@ struct ContactsWindow::Impl {
     template <typename Body>
     bool userCommand(const QString& what, Body&& body)
     {
+        catchUpIfBehind();
         form->commitEdits();
         return attempt(what, std::forward<Body>(body));
     }
@@ -110,7 +121,10 @@ struct ContactsWindow::Impl {
         form = new ContactView;
         form->setObjectName(QStringLiteral("contactView"));
         QObject::connect(form, &ContactView::fieldEdited, q, [this](int fieldId, const QString& text) {
+            if (catchUpIfBehind())
+                return;
             // A refused edit goes back to what the contact holds; an accepted one comes back with OnContactChange.
+            QScopedValueRollback saving(savingEdit, true);
             if (!attempt(QStringLiteral("The field could not be saved."), [&] { host.setField(fieldId, text); }))
                 showContact();
         });
@@ -259,6 +273,7 @@ struct ContactsWindow::Impl {
 
     void showContact()
     {
+        shownContact = host.currentId();
         try {
             form->showContact(host.store(), host.currentId());
         } catch (const std::exception& e) {
@@ -296,8 +311,40 @@ struct ContactsWindow::Impl {
         }
     }
 
+    void scheduleCatchUp()
+    {
+        if (frozen)
+            stale = true;
+        else if (savingEdit)
+            catchUpNow();
+        else if (!catchUp.isActive())
+            catchUp.start();
+    }
+
+    void catchUpNow()
+    {
+        catchUp.stop();
+        if (frozen) {
+            stale = true;
+            return;
+        }
+        showContact();
+    }
+
+    // What the form holds while it is behind the host belongs to the contact moved away from: it is dropped, as a
+    // move by another client always replaced it, rather than written into the contact now current.
+    bool catchUpIfBehind()
+    {
+        if (!catchUp.isActive() || host.currentId() == shownContact)
+            return false;
+        catchUpNow();
+        return true;
+    }
+
     void showDatabase()
     {
+        // Everything is read again, so what was waiting to be shown is shown by this.
+        catchUp.stop();
         const bool open = host.isDatabaseOpen();
         q->setWindowTitle(open ? QStringLiteral("%1 - %2").arg(kTitle, QFileInfo(host.store().path()).fileName())
                                : kTitle);
@@ -395,31 +442,28 @@ ContactsWindow::ContactsWindow(ContactHost& host, QWidget* parent)
     d->buildPages();
     d->buildMenus();
 
-    // Each of these catches up later, in one go, while a client holds the window still.
-    auto unlessFrozen = [this](auto show) {
-        return [this, show](auto&&...) {
-            if (d->frozen)
-                d->stale = true;
-            else
-                show();
-        };
-    };
-    connect(&host, &ContactHost::OnContactPosChange, this, unlessFrozen([this] { d->showContact(); }));
+    d->catchUp.setSingleShot(true);
+    d->catchUp.setInterval(kCatchUpDelayMs);
+    connect(&d->catchUp, &QTimer::timeout, this, [this] { d->catchUpNow(); });
+    connect(&host, &ContactHost::OnContactPosChange, this, [this] { d->scheduleCatchUp(); });
     connect(&host, &ContactHost::OnContactChange, this, [this](const QString& contactId) {
-        if (d->frozen) {
-            d->stale = true;
-            return;
-        }
-        d->listModel->contactChanged(contactId.toLongLong());
-        d->showContact();
+        if (!d->frozen)
+            d->listModel->contactChanged(contactId.toLongLong());
+        d->scheduleCatchUp();
     });
-    connect(&host, &ContactHost::OnContactLookupChange, this, unlessFrozen([this] {
-        d->listModel->reload();
-        d->showContact();
-    }));
+    connect(&host, &ContactHost::OnContactLookupChange, this, [this] {
+        if (!d->frozen)
+            d->listModel->reload();
+        d->scheduleCatchUp();
+    });
     connect(&host, &ContactHost::databaseOpened, this, [this] { d->showDatabase(); });
     connect(&host, &ContactHost::OnDatabaseClose, this, [this] { d->showDatabase(); });
-    connect(&host, &ContactHost::refreshRequested, this, unlessFrozen([this] { d->showDatabase(); }));
+    connect(&host, &ContactHost::refreshRequested, this, [this] {
+        if (d->frozen)
+            d->stale = true;
+        else
+            d->showDatabase();
+    });
     connect(&host, &ContactHost::windowUpdateLocked, this, [this](bool locked) {
         d->frozen = locked;
         setUpdatesEnabled(!locked);
