@@ -7,14 +7,14 @@
 // It starts its own corvalent-contacts, so it needs a session bus and no other corvalent-contacts on it; run it on
 // a private one:
 //
-//   dbus-run-session -- build/bench/bench_host_event [DATABASE [ROUNDS [CONTACTS]]]
+//   dbus-run-session -- build/bench/bench_host_event [DATABASE [ROUNDS [CONTACTS [PAUSE]]]]
 //
 // DATABASE is written with --generate 1000000 into a temporary folder when not given (under a minute; pass a file
 // made once with `corvalent-contacts --generate 1000000 FILE` to skip that). Its contacts are taken to have the IDs
 // 1 to CONTACTS (default 1000000), as --generate writes them; the moves skip 1, My Record. Every round checks that the contact box shows the name
-// of the contact moved to. Prints median, p90 and max, and the calls the add-on made per event. Moves are 100 ms
-// apart, as a user's are at their quickest, so that each starts with both programs idle: the contact manager
-// repaints a moment after it has answered.
+// of the contact moved to. Prints median, p90 and max, and the calls the add-on made per event. Moves are PAUSE ms
+// apart (default 100, as a user's are at their quickest), so that each starts with both programs idle and the
+// contact manager's repaint, which follows its answer, is not timed with the next move; 0 moves back to back.
 
 #include "Percentile.h"
 #include "BenchHome.h"
@@ -137,6 +137,7 @@ int main(int argc, char** argv)
         // The first answer comes once the database is open and the window shown.
         moverView->invoke(QStringLiteral("GetCurrentID"));
         const qint64 contacts = args.size() > 2 ? args.at(2).toLongLong() : 1000000;
+        const int pause = args.size() > 3 ? args.at(3).toInt() : 100;
 
         DBusBackend bus;
         CountingBackend addOn(bus);
@@ -175,7 +176,7 @@ int main(int argc, char** argv)
         std::vector<double> total, fromEvent, calls;
         for (int round = 0; round < warmUp + rounds; ++round) {
             const QString id = QString::number(random.bounded(qint64(2), contacts + 1));
-            waitFor([] { return false; }, 100);
+            waitFor([] { return false; }, pause);
             const int before = captures;
             const qint64 callsBefore = addOn.calls;
             const qint64 start = clock.nsecsElapsed();
