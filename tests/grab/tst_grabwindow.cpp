@@ -8,6 +8,7 @@
 
 #include <QAction>
 #include <QLineEdit>
+#include <QPointer>
 
 using namespace corvalent;
 using namespace Qt::StringLiterals;
@@ -148,6 +149,12 @@ private slots:
         QCOMPARE(m->box(2)->text(), u"1500 Main Street"_s);
         grab(6, u"Canada"_s);
         QCOMPARE(m->box(6)->text(), u"Canada"_s);
+        // Taken down with the main window, an open collector goes with it.
+        grab(0, u"One\nTwo"_s);
+        const QPointer<SmartParserWindow> left = w.findChild<SmartParserWindow*>();
+        QVERIFY(left);
+        m.reset();
+        QVERIFY(left.isNull());
     }
 
     void updateNewContactAndUndo_data()
