@@ -151,7 +151,7 @@ private slots:
         QCOMPARE(m->box(6)->text(), u"Canada"_s);
         // Taken down with the main window, an open collector goes with it.
         grab(0, u"One\nTwo"_s);
-        const QPointer<SmartParserWindow> left = w.findChild<SmartParserWindow*>();
+        const QPointer<SmartParserWindow> left = w.smartParser();
         QVERIFY(left);
         m.reset();
         QVERIFY(left.isNull());
