@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
     build-essential cmake ninja-build pkg-config
-    qt6-base-dev libqt6sql6-sqlite
+    qt6-base-dev libqt6sql6-sqlite libsqlite3-dev
     libxkbcommon-dev
     libbenchmark-dev
     libcurl4-openssl-dev python3-pyftpdlib

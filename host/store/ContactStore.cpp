@@ -149,15 +149,6 @@ struct ContactStore::Impl {
             noContact(contactId);
     }
 
-    QVector<qint64> ids(QSqlQuery& query) const
-    {
-        connection.exec(query);
-        QVector<qint64> result;
-        while (query.next())
-            result.append(query.value(0).toLongLong());
-        return result;
-    }
-
     QString canonicalAuxName(const QString& name) const
     {
         QSqlQuery query = connection.prepare(QStringLiteral("SELECT name FROM aux_commands WHERE name = ?"));
@@ -309,8 +300,7 @@ QString ContactStore::path() const
 QVector<qint64> ContactStore::allContactIds() const
 {
     d->requireOpen();
-    QSqlQuery query = d->connection.prepare(QStringLiteral("SELECT id FROM contacts ORDER BY id"));
-    return d->ids(query);
+    return d->connection.integers(QStringLiteral("SELECT id FROM contacts ORDER BY id"));
 }
 
 QVector<qint64> ContactStore::lookup(const QString& text) const
@@ -322,10 +312,9 @@ QVector<qint64> ContactStore::lookup(const QString& text) const
     if (d->indexed && text.toUcs4().size() >= 3) {
         QString phrase = text;
         phrase.replace(QLatin1Char('"'), QLatin1String("\"\""));
-        QSqlQuery query = d->connection.prepare(
-            QStringLiteral("SELECT rowid FROM %1 WHERE %1 MATCH ? ORDER BY rowid").arg(schema::kLookupIndex));
-        query.addBindValue(QLatin1Char('"') + phrase + QLatin1Char('"'));
-        return d->ids(query);
+        return d->connection.integers(
+            QStringLiteral("SELECT rowid FROM %1 WHERE %1 MATCH ? ORDER BY rowid").arg(schema::kLookupIndex),
+            {QLatin1Char('"') + phrase + QLatin1Char('"')});
     }
     static const QString kColumns = QStringLiteral("f26, f25, f30, f40");
     bool ascii = true;
@@ -341,11 +330,9 @@ QVector<qint64> ContactStore::lookup(const QString& text) const
         QStringList tests;
         for (const QString& column : kColumns.split(QStringLiteral(", ")))
             tests << column + QStringLiteral(" LIKE ? ESCAPE '\\'");
-        QSqlQuery query = d->connection.prepare(
-            QStringLiteral("SELECT id FROM contacts WHERE %1 ORDER BY id").arg(tests.join(QStringLiteral(" OR "))));
-        for (int i = 0; i < tests.size(); ++i)
-            query.addBindValue(pattern);
-        return d->ids(query);
+        return d->connection.integers(
+            QStringLiteral("SELECT id FROM contacts WHERE %1 ORDER BY id").arg(tests.join(QStringLiteral(" OR "))),
+            QStringList(tests.size(), pattern));
     }
     // Accented letters have to be compared the way Qt folds case, so that "MONTRÉAL" finds "Montréal".
     QSqlQuery query = d->connection.prepare(QStringLiteral("SELECT id, %1 FROM contacts ORDER BY id").arg(kColumns));

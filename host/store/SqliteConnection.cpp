@@ -2,8 +2,10 @@
 
 #include "common/Error.h"
 
+#include <QSqlDriver>
 #include <QSqlError>
 #include <atomic>
+#include <sqlite3.h>
 
 namespace corvalent::host {
 
@@ -85,6 +87,32 @@ void SqliteConnection::exec(QSqlQuery& query) const
 {
     if (!query.exec())
         fail(QStringLiteral("running \"%1\"").arg(query.lastQuery()), query.lastError());
+}
+
+QVector<qint64> SqliteConnection::integers(const QString& sql, const QStringList& texts) const
+{
+    const QVariant handle = database().driver()->handle();
+    if (qstrcmp(handle.typeName(), "sqlite3*") != 0)
+        throw Error(ErrorNumber::AutomationError, QStringLiteral("Qt SQL's SQLite driver gives no SQLite handle"));
+    sqlite3* db = *static_cast<sqlite3* const*>(handle.constData());
+    QVector<qint64> result;
+    sqlite3_stmt* statement = nullptr;
+    const QByteArray text = sql.toUtf8();
+    int status = sqlite3_prepare_v2(db, text.constData(), int(text.size()), &statement, nullptr);
+    for (int i = 0; status == SQLITE_OK && i < texts.size(); ++i) {
+        const QByteArray value = texts.at(i).toUtf8();
+        status = sqlite3_bind_text(statement, i + 1, value.constData(), int(value.size()), SQLITE_TRANSIENT);
+    }
+    while (status == SQLITE_OK && (status = sqlite3_step(statement)) == SQLITE_ROW) {
+        result.append(sqlite3_column_int64(statement, 0));
+        status = SQLITE_OK;
+    }
+    const QString message = status == SQLITE_DONE ? QString() : QString::fromUtf8(sqlite3_errmsg(db));
+    sqlite3_finalize(statement);
+    if (status != SQLITE_DONE)
+        throw Error(ErrorNumber::AutomationError,
+                    QStringLiteral("Database error while running \"%1\": %2").arg(sql, message));
+    return result;
 }
 
 void SqliteConnection::transaction()

@@ -204,6 +204,12 @@ private slots:
         older.setFieldText(found.first(), 30, u"Laval"_s);
         QCOMPARE(older.lookup(u"MONTRÉAL"_s), QVector<qint64>{});
         QCOMPARE(older.lookup(u"laval"_s), found);
+        // An index that another program takes away while the database is open fails the lookup, which never
+        // passes for "nothing found".
+        rawSql(path, {u"DROP TABLE lookup_index"_s});
+        const Error refused = test::raised([&] { older.lookup(u"laval"_s); });
+        QCOMPARE(refused.number(), 440);
+        QVERIFY2(refused.description().contains(u"no such table: lookup_index"_s), qPrintable(refused.description()));
     }
     void lookupIgnoresCase()
     {
