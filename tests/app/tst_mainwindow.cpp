@@ -511,6 +511,8 @@ private slots:
     void messageBoxAboveTheWindow()
     {
         MainWindow& w = m->start();
+        QWidget other; // a window of the program's own that does not stay on top is no owner for the box
+        other.show();
         QApplication::setActiveWindow(nullptr);
         Prompter::install(std::make_unique<MessageBoxPrompter>());
         QWidget* parent = nullptr;
