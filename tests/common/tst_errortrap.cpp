@@ -65,9 +65,6 @@ private slots:
         QTest::newRow("ok only") << 0 << int(Prompter::Ok);
         QTest::newRow("plain yes/no") << 4 << int(Prompter::Yes);
         QTest::newRow("stop, No default") << 276 << int(Prompter::No);
-        QTest::newRow("question, No default") << 292 << int(Prompter::No);
-        QTest::newRow("warning, No default") << 308 << int(Prompter::No);
-        QTest::newRow("information") << 64 << int(Prompter::Ok);
     }
     void scriptedAnswersThenDefaultButtons()
     {

@@ -44,39 +44,28 @@ private slots:
         const auto row = [](const char* tag, Conversion f, const QString& text, const char* expected) {
             QTest::newRow(tag) << f << text << QString::fromLatin1(expected);
         };
-        row("Val: plain", val, "12", "12");
         row("Val: stops at a letter", val, "12B Main St", "12");
         row("Val: blanks are skipped inside", val, "1 2 3", "123");
-        row("Val: plus stops after the number", val, "12+34", "12");
         row("Val: leading plus sign", val, "+12+Main", "12");
         row("Val: negative", val, " -5 Main", "-5");
-        row("Val: decimal", val, "3.25 m", "3.25");
         row("Val: second point stops", val, "1.2.3", "1.2");
         row("Val: exponent", val, "1e3 Main", "1000");
         row("Val: exponent without digits", val, "12E Main", "12");
         row("Val: hexadecimal", val, "&HFF", "255");
-        row("Val: no number", val, "Rue Principale", "0");
         row("Val: sign only", val, "-", "0");
-        row("IsNumeric: integer", isNumeric, "1", "True");
         row("IsNumeric: blanks around", isNumeric, "  42  ", "True");
-        row("IsNumeric: decimal", isNumeric, "3.5", "True");
         row("IsNumeric: trailing point", isNumeric, "5.", "True");
         row("IsNumeric: scientific", isNumeric, "1.5E+3", "True");
         row("IsNumeric: empty", isNumeric, "", "False");
         row("IsNumeric: point only", isNumeric, ".", "False");
-        row("IsNumeric: True is not a number", isNumeric, "True", "False");
         row("IsNumeric: exponent without digits", isNumeric, "1E", "False");
-        row("IsNumeric: trailing letters", isNumeric, "12a", "False");
         row("IsNumeric: two points", isNumeric, "1.2.3", "False");
-        row("CInt: plain", cInt, "7", "7");
         row("CInt: half to even down", cInt, "2.5", "2");
         row("CInt: half to even up", cInt, "3.5", "4");
         row("CInt: largest", cInt, "32767", "32767");
         row("CInt: overflow", cInt, "32768", "Error 6");
         row("CInt: not a number", cInt, "x", "Error 13");
-        row("CInt: empty", cInt, "", "Error 13");
-        row("Trim: spaces go", Trim, "  a b  ", "a b");
-        row("Trim: tabs stay", Trim, "\ta\t", "\ta\t");
+        row("Trim: spaces go, tabs stay", Trim, "  \ta b\t  ", "\ta b\t");
     }
     void conversions()
     {
@@ -86,40 +75,16 @@ private slots:
         QCOMPARE(conversion(text), expected);
     }
 
-    void windows1252RoundTripsEveryByte()
+    // Every byte survives a round trip, the five the code page leaves undefined included; a character it cannot
+    // hold becomes "?" and is reported.
+    void windows1252()
     {
         QByteArray all;
         for (int b = 0; b < 256; ++b)
             all.append(char(b));
-        const QString text = Windows1252::decode(all);
-        QCOMPARE(text.size(), 256);
         bool lossless = false;
-        QCOMPARE(Windows1252::encode(text, &lossless), all);
+        QCOMPARE(Windows1252::encode(Windows1252::decode(all), &lossless), all);
         QVERIFY(lossless);
-    }
-
-    void windows1252Codes_data()
-    {
-        QTest::addColumn<QString>("character");
-        QTest::addColumn<int>("code");
-        QTest::newRow("ascii") << "A" << 65;
-        QTest::newRow("e acute") << "é" << 233;
-        QTest::newRow("euro") << "€" << 128;
-        QTest::newRow("left double quote") << "\u201C" << 147;
-        QTest::newRow("not in the code page") << "\u0151" << 63;
-    }
-    void windows1252Codes()
-    {
-        QFETCH(QString, character);
-        QFETCH(int, code);
-        QCOMPARE(Windows1252::code(character.front()), code);
-        if (code != 63)
-            QCOMPARE(QString(Windows1252::character(code)), character);
-    }
-
-    void windows1252ReportsLoss()
-    {
-        bool lossless = true;
         QCOMPARE(Windows1252::encode(QStringLiteral("a\u0151b"), &lossless), QByteArray("a?b"));
         QVERIFY(!lossless);
         QVERIFY(!Windows1252::canEncode(QStringLiteral("\u4E2D")));

@@ -1,31 +1,76 @@
+#include "services/ServiceDefinition.h"
 #include "support/IniFiles.h"
 
-#include <QDeadlineTimer>
-#include <QFile>
-#include <QProcess>
 #include <QTest>
 
+#include <csignal>
+#include <functional>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <tuple>
+#include <unistd.h>
 
+using namespace corvalent;
 using namespace corvalent::test;
 
 namespace {
 
-constexpr int kRounds = 16;
-constexpr int kWaitMs = 60000; // a bound for a child that hangs, not a pace
-
 // Large enough that a write takes a while, with the rewritten key between much else. The versions hold different
 // counts of records, so that a file cut short or spliced from both shows.
-QByteArray version(char tag, int records)
+QString records(char tag, int count)
+{
+    QString blob;
+    for (int i = 0; i < count; ++i)
+        blob += QLatin1Char(tag) + QString::number(i).rightJustified(6, u'0') + QLatin1Char(';');
+    return blob;
+}
+
+QByteArray version(char tag, int count)
 {
     QByteArray bytes("[Filler]\r\n");
     for (int i = 0; i < 3000; ++i)
         bytes += "Line" + QByteArray::number(i) + "=filler text " + QByteArray::number(i * 31) + "\r\n";
-    bytes += "\r\n[Data]\r\nBlob=";
-    for (int i = 0; i < records; ++i)
-        bytes += tag + QByteArray::number(i).rightJustified(6, '0') + ';';
-    return bytes + "\r\nAfter=end\r\n";
+    return bytes + "\r\n[Data]\r\nBlob=" + records(tag, count).toLatin1() + "\r\nAfter=end\r\n";
+}
+
+// What another program sees of a file without opening it.
+auto look(const QString& file)
+{
+    struct stat st {};
+    ::stat(QFile::encodeName(file).constData(), &st);
+    return std::tuple(st.st_ino, st.st_size, st.st_mtim.tv_sec, st.st_mtim.tv_nsec);
+}
+
+// Forks a child that calls write(1), write(2), ... and announces each call before making it; kills it once
+// `calls` were announced and, if `watched` is named, that file then changed. False if the child ended first.
+bool killDuring(const std::function<bool(int)>& write, int calls, const QString& watched = QString())
+{
+    int ends[2];
+    if (::pipe(ends) != 0)
+        return false;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL); // a child whose test died does not write on
+        try {
+            for (int i = 1; ::write(ends[1], "w", 1) == 1 && write(i); ++i) {
+            }
+        } catch (...) {
+        }
+        ::_exit(1);
+    }
+    ::close(ends[1]);
+    int announced = 0;
+    for (char c; announced < calls && ::read(ends[0], &c, 1) == 1;)
+        ++announced;
+    const auto before = look(watched);
+    while (!watched.isEmpty() && look(watched) == before && ::waitpid(child, nullptr, WNOHANG) == 0) {
+    }
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ::close(ends[0]);
+    return announced == calls && WIFSIGNALED(status);
 }
 
 } // namespace
@@ -39,37 +84,53 @@ private slots:
     // A writer killed at any moment leaves the old file or the new one, whole: never a truncated or mixed file.
     void killedWriterLeavesAWholeFile()
     {
+        const QString blobs[2] = {records('a', 25000), records('b', 26000)};
         const QByteArray versions[2] = {version('a', 25000), version('b', 26000)};
         const QString file = m_files.write(QStringLiteral("atomic/big.ini"), versions[0]);
-        const QStringList args{file, m_files.write(QStringLiteral("atomic/a.ini"), versions[0]),
-                               m_files.write(QStringLiteral("atomic/b.ini"), versions[1]), QStringLiteral("100000")};
-        // What another program sees of the file without opening it.
-        const auto look = [path = QFile::encodeName(file)] {
-            struct stat st {};
-            ::stat(path.constData(), &st);
-            return std::tuple(st.st_ino, st.st_size, st.st_mtim.tv_sec, st.st_mtim.tv_nsec);
+        const auto write = [&](int i) {
+            return WriteKeyValue(QStringLiteral("Data"), QStringLiteral("Blob"), blobs[i % 2], file);
         };
-        for (int round = 0; round < kRounds; ++round) {
-            // Odd rounds kill right after a write was announced, while it is under way; even rounds at the first
-            // sign of the file changing, the moment a writer that works in place would leave it cut short.
-            QProcess child;
-            child.start(QStringLiteral(INI_WRITER_CHILD), args);
-            QVERIFY2(child.waitForStarted(kWaitMs), qPrintable(child.errorString()));
-            const QDeadlineTimer deadline(kWaitMs);
-            for (int announced = 0; announced < 1 + (round * 7) % 11;) {
-                QVERIFY2(child.waitForReadyRead(int(deadline.remainingTime())), child.readAllStandardError().data());
-                announced += child.readAllStandardOutput().count('\n');
-            }
-            const auto before = look();
-            while (round % 2 == 0 && look() == before)
-                QVERIFY2(!deadline.hasExpired(), "the writer never changed the file");
-            child.kill();
-            QVERIFY(child.waitForFinished(kWaitMs));
-            QCOMPARE(child.exitStatus(), QProcess::CrashExit);
-
+        for (int round = 0; round < 16; ++round) {
+            // Odd rounds kill while a write is under way; even rounds at the first sign of the file changing, the
+            // moment a writer that works in place would leave it cut short.
+            QVERIFY2(killDuring(write, 1 + (round * 7) % 11, round % 2 ? QString() : file), "the writer failed");
             const QByteArray bytes = TestHome::read(file);
             QVERIFY2(bytes == versions[0] || bytes == versions[1],
                      qPrintable(QStringLiteral("round %1: %2 bytes").arg(round).arg(bytes.size())));
+        }
+    }
+
+    // A saver killed at any moment, a few hundred saves in all, each a rename, leaves complete services only: the
+    // old one, the new one, or (killed between writing the new and deleting the old) both.
+    void killedSaveLeavesWholeServices()
+    {
+        const QString folder = m_files.file(QStringLiteral("killed"));
+        const auto variant = [](int which) {
+            ServiceDefinition s; // the same keys with other values, so that a file from either save shows which
+            s.name = which % 2 ? QStringLiteral("Kill.2") : QStringLiteral("Kill");
+            s.url = which % 2 ? QStringLiteral("b.example.org/search?x=1") : QStringLiteral("a.example.org/find?");
+            s.variables.fill(QStringLiteral("v%1").arg(which % 2));
+            return s;
+        };
+        QMap<QString, QByteArray> whole; // by file name
+        for (const int which : {0, 1}) {
+            const QString scratch = m_files.add();
+            QVERIFY(WriteNewService(scratch, variant(which)));
+            whole.insert(QFileInfo(ServiceFilePath(folder, variant(which).name)).fileName(), TestHome::read(scratch));
+        }
+        QString path = ServiceFilePath(folder, variant(0).name);
+        QVERIFY(QDir().mkpath(folder));
+        for (int round = 0; round < 23; ++round) {
+            // Each child starts from the old service alone.
+            QFile::remove(ServiceFilePath(folder, variant(1).name));
+            QVERIFY(WriteNewService(path, variant(0)));
+            QVERIFY2(killDuring([&](int i) { return SaveEditedService(path, variant(i)); }, 1 + (round * 7) % 23),
+                     "the saver failed");
+            const QStringList services = QDir(folder).entryList({QStringLiteral("*.isf")}, QDir::Files);
+            QVERIFY2(!services.isEmpty(), qPrintable(QStringLiteral("round %1: no service left").arg(round)));
+            for (const QString& name : services)
+                QVERIFY2(TestHome::read(QDir(folder).filePath(name)) == whole.value(name),
+                         qPrintable(QStringLiteral("round %1: %2 is not a whole service").arg(round).arg(name)));
         }
     }
 };

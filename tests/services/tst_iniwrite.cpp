@@ -38,8 +38,6 @@ private slots:
         row("new key before the blank line", QByteArray("[A]\nj=1\n\n[B]\n"), "2",
             QByteArray("[A]\nj=1\nk=2\n\n[B]\n"));
         row("new key, no final line break", QByteArray("[A]\nj=1"), "2", QByteArray("[A]\nj=1\nk=2\n"));
-        row("new key, blanks inside the brackets", QByteArray("[ B ]\nk=0\n[ a ]\nj=1\n[\tb\t]\n"), "2",
-            QByteArray("[ B ]\nk=0\n[ a ]\nj=1\nk=2\n[\tb\t]\n"));
         row("new section, line ends kept", QByteArray("[B]\nj=1"), "2", QByteArray("[B]\nj=1\n\n[A]\nk=2\n"));
         row("UTF-8 BOM kept", QByteArray("\xEF\xBB\xBF[A]\nk=1\n"), "é", QByteArray("\xEF\xBB\xBF[A]\nk=\xC3\xA9\n"));
         row("Windows-1252 kept", QByteArray("; caf\xE9\n[A]\nk=1\n"), "Québec €",
