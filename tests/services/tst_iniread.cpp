@@ -47,9 +47,8 @@ private slots:
         row("section after a duplicate", dup, "B", "k", "2");
         row("case of names", QByteArray("[SETTINGS]\nurl=MiXeD\n"), "Settings", "URL", "MiXeD");
         row("blanks and tabs", QByteArray(" [A] \n\t k \t=  a b\t \n"), "A", " k ", "a b");
-        const QByteArray spaced("[A]\nk=0\n[ Spaced Section ]\nk=1\n[\tB\t]\nk=2\n");
-        row("blanks inside the brackets", spaced, "Spaced Section", "k", "1");
-        row("tabs inside the brackets", spaced, "B", "k", "2");
+        row("blanks and tabs inside the brackets", QByteArray("[A]\nk=0\n[ \tSpaced Section\t ]\nk=1\n"),
+            "Spaced Section", "k", "1");
         row("equals sign in value", QByteArray("[A]\nk=a=b\n"), "A", "k", "a=b");
         row("line without equals sign", QByteArray("[A]\nk\nk=v\n"), "A", "k", "v");
         row("one pair of quotes", QByteArray("[A]\nk=\"\"x\"\"\n"), "A", "k", "\"x\"");
@@ -60,16 +59,14 @@ private slots:
             QString(253, u'a'));
         row("pair before the cut kept", "[A]\nk=" + QByteArray(252, 'a') + emoji + "z\n", "A", "k",
             QString(252, u'a') + QString::fromUtf8(emoji));
-        row("empty value", QByteArray("[A]\nk=\nk=x\n"), "A", "k", kDefault);
-        row("empty quotes", QByteArray("[A]\nk= \"\" \n"), "A", "k", kDefault);
+        row("empty value", QByteArray("[A]\nk= \"\" \nk=x\n"), "A", "k", kDefault);
         row("key before any section", QByteArray("k=0\n[A]\nj=1\n"), "A", "k", kDefault);
         row("missing section", QByteArray("[A]\nk=1\n"), "B", "k", kDefault);
-        row("Numeric fails", QByteArray("[A]\nk=abc\n"), "A", "k", "0", "Numeric", "0");
         row("Numeric without FailValue", QByteArray("[A]\nk=abc\n"), "A", "k", "abc", "Numeric");
         row("Numeric passes", QByteArray("[A]\nk= -1.5 \n"), "A", "k", "-1.5", "Numeric", "0");
         row("Boolean word fails", QByteArray("[A]\nk=True\n"), "A", "k", "0", "Boolean", "0");
         row("lower-case type checks nothing", QByteArray("[A]\nk=abc\n"), "A", "k", "abc", "numeric", "0");
-        row("default fails", QByteArray("[A]\nk=\n"), "A", "k", "0", "Numeric", "0");
+        row("Numeric fails, on the default too", QByteArray("[A]\nk=\n"), "A", "k", "0", "Numeric", "0");
         QTest::newRow("missing file") << QByteArray() << "A" << "k" << kDefault << QString() << QString();
     }
 
@@ -105,14 +102,11 @@ private slots:
     void unchangedFileParsedOnce()
     {
         QFETCH(int, ageHours);
-        QByteArray bytes("[A]\r\n");
-        for (int i = 0; i < 25; ++i)
-            bytes += "k" + QByteArray::number(i) + "=" + QByteArray::number(i * 7) + "\r\n";
-        const QString file = m_files.add(bytes);
+        const QString file = m_files.add("[A]\r\nk=7\r\n");
         fs::last_write_time(file.toStdU16String(), fs::file_time_type::clock::now() - std::chrono::hours(ageHours));
         const int before = IniCache::instance().parses();
-        for (int i = 0; i < 25; ++i)
-            QCOMPARE(readKey(file, QStringLiteral("A"), QStringLiteral("k%1").arg(i)), QString::number(i * 7));
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(readKey(file, QStringLiteral("A"), QStringLiteral("k")), QStringLiteral("7"));
         QCOMPARE(IniCache::instance().parses() - before, 1);
     }
 

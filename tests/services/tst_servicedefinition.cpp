@@ -70,32 +70,31 @@ private slots:
     // folder's; as a new service of that name would, the renamed one takes the place of a file it meets.
     void saveEdited_data()
     {
-        QTest::addColumn<QString>("folder");
-        QTest::addColumn<QString>("oldName"); // as stored
+        QTest::addColumn<QString>("oldName"); // as stored, and the name of the folder it is in
         QTest::addColumn<QString>("newName");
         QTest::addColumn<QString>("newFile");
         QTest::addColumn<bool>("met"); // a file of the new name is there
-        QTest::newRow("same name: in place") << "Kept" << "Kept" << "Kept" << "Kept.isf" << false;
-        QTest::newRow("folder named like the service") << "Maps" << "Maps" << "Atlas" << "Atlas.isf" << false;
-        QTest::newRow("dots") << "Presets" << "a~b" << "a.b.c" << "a~b~c.isf" << false;
-        QTest::newRow("over the file of the new name") << "Clash" << "First" << "Second" << "Second.isf" << true;
+        QTest::newRow("same name: in place") << "Kept" << "Kept" << "Kept.isf" << false;
+        QTest::newRow("new name") << "Maps" << "Atlas" << "Atlas.isf" << false;
+        QTest::newRow("dots") << "a~b" << "a.b.c" << "a~b~c.isf" << false;
+        QTest::newRow("over the file of the new name") << "First" << "Second" << "Second.isf" << true;
     }
 
     void saveEdited()
     {
-        QFETCH(QString, folder);
         QFETCH(QString, oldName);
         QFETCH(QString, newName);
         QFETCH(QString, newFile);
         QFETCH(bool, met);
-        QString path = m_files.write(folder + QLatin1Char('/') + oldName + QStringLiteral(".isf"),
+        const QString folder = oldName + QLatin1Char('/');
+        QString path = m_files.write(folder + oldName + QStringLiteral(".isf"),
                                      "[Settings]\r\nName=" + oldName.toUtf8() + "\r\nAuthor=me\r\n");
         if (met)
-            m_files.write(folder + QLatin1Char('/') + newFile, "[Settings]\r\nName=" + newName.toUtf8() + "\r\nOld=1\r\n");
+            m_files.write(folder + newFile, "[Settings]\r\nName=" + newName.toUtf8() + "\r\nOld=1\r\n");
         ServiceDefinition service = postalCodes();
         service.name = newName;
         QVERIFY(SaveEditedService(path, service));
-        QCOMPARE(path, m_files.file(folder + QLatin1Char('/') + newFile));
+        QCOMPARE(path, m_files.file(folder + newFile));
         QCOMPARE(QDir(m_files.file(folder)).entryList(QDir::Files), QStringList{newFile});
         QCOMPARE(readKey(path, kServiceSection, QStringLiteral("Author")), QStringLiteral("me"));
         QCOMPARE(ReadServiceDefinition(path).name, newName);
