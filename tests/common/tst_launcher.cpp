@@ -32,7 +32,8 @@ private slots:
     // Blanks, ampersands, a doubled scheme and shell characters all reach it as they were.
     void targetReachesTheOpenerUnchanged()
     {
-        const QString target = QStringLiteral("http://https://host/find.asp?city=Montreal&pc=H2X 1Y4&q=$(echo hi);`x`|y>z");
+        const QString target =
+            QStringLiteral("http://https://host/find.asp?city=Montreal&pc=H2X 1Y4&q=$(echo hi);`x`|y>z");
         QVERIFY(m_launcher.open(target, m_home.path()));
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_record), 10000);
         QCOMPARE(QString::fromUtf8(TestHome::read(m_record)), target);

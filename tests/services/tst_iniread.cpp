@@ -37,36 +37,35 @@ private slots:
         };
         const QByteArray dup("[A]\nk=1\n[A]\nk=3\nj=4\n[B]\nk=2\n");
         const QByteArray emoji("\xF0\x9F\x98\x80");
-        row("UTF-8", QByteArray("[A]\nk=Montr\xC3\xA9" "al\nj=w\n"), "A", "k", "Montréal");
-        row("no final line break", QByteArray("[A]\nk=v"), "A", "k", "v");
-        row("UTF-8 BOM", QByteArray("\xEF\xBB\xBF[A]\nk=Montr\xC3\xA9" "al\n"), "A", "k", "Montréal");
-        row("Windows-1252", QByteArray("[A]\nk=\x80 \x93q\x94 Montr\xE9" "al\n"), "A", "k", "€ “q” Montréal");
-        row("UTF-8 BOM, then 1252", QByteArray("\xEF\xBB\xBF[A]\nk=caf\xE9\n"), "A", "k", "café");
-        row("duplicate key", QByteArray("[A]\nk=1\nk=2\n"), "A", "k", "1");
+        row("UTF-8", "[A]\nk=Montr\xC3\xA9" "al\nj=w\n", "A", "k", "Montréal");
+        row("no final line break", "[A]\nk=v", "A", "k", "v");
+        row("UTF-8 BOM", "\xEF\xBB\xBF[A]\nk=Montr\xC3\xA9" "al\n", "A", "k", "Montréal");
+        row("Windows-1252", "[A]\nk=\x80 \x93q\x94 Montr\xE9" "al\n", "A", "k", "€ “q” Montréal");
+        row("UTF-8 BOM, then 1252", "\xEF\xBB\xBF[A]\nk=caf\xE9\n", "A", "k", "café");
+        row("duplicate key", "[A]\nk=1\nk=2\n", "A", "k", "1");
         row("duplicate section never read", dup, "A", "j", kDefault);
         row("section after a duplicate", dup, "B", "k", "2");
-        row("case of names", QByteArray("[SETTINGS]\nurl=MiXeD\n"), "Settings", "URL", "MiXeD");
-        row("blanks and tabs", QByteArray(" [A] \n\t k \t=  a b\t \n"), "A", " k ", "a b");
-        row("blanks and tabs inside the brackets", QByteArray("[A]\nk=0\n[ \tSpaced Section\t ]\nk=1\n"),
+        row("case of names", "[SETTINGS]\nurl=MiXeD\n", "Settings", "URL", "MiXeD");
+        row("blanks and tabs", " [A] \n\t k \t=  a b\t \n", "A", " k ", "a b");
+        row("blanks and tabs inside the brackets", "[A]\nk=0\n[ \tSpaced Section\t ]\nk=1\n",
             "Spaced Section", "k", "1");
-        row("equals sign in value", QByteArray("[A]\nk=a=b\n"), "A", "k", "a=b");
-        row("line without equals sign", QByteArray("[A]\nk\nk=v\n"), "A", "k", "v");
-        row("one pair of quotes", QByteArray("[A]\nk=\"\"x\"\"\n"), "A", "k", "\"x\"");
-        row("single quotes in blanks", QByteArray("[A]\nk=  'x y'  \n"), "A", "k", "x y");
-        row("mismatched quotes", QByteArray("[A]\nk=\"x'\n"), "A", "k", "\"x'");
-        row("a lone quote", QByteArray("[A]\nk=\"\n"), "A", "k", "\"");
-        row("cut never splits a pair", "[A]\nk=" + QByteArray(253, 'a') + emoji + "z\n", "A", "k",
-            QString(253, u'a'));
+        row("equals sign in value", "[A]\nk=a=b\n", "A", "k", "a=b");
+        row("line without equals sign", "[A]\nk\nk=v\n", "A", "k", "v");
+        row("one pair of quotes", "[A]\nk=\"\"x\"\"\n", "A", "k", "\"x\"");
+        row("single quotes in blanks", "[A]\nk=  'x y'  \n", "A", "k", "x y");
+        row("mismatched quotes", "[A]\nk=\"x'\n", "A", "k", "\"x'");
+        row("a lone quote", "[A]\nk=\"\n", "A", "k", "\"");
+        row("cut never splits a pair", "[A]\nk=" + QByteArray(253, 'a') + emoji + "z\n", "A", "k", QString(253, u'a'));
         row("pair before the cut kept", "[A]\nk=" + QByteArray(252, 'a') + emoji + "z\n", "A", "k",
             QString(252, u'a') + QString::fromUtf8(emoji));
-        row("empty value", QByteArray("[A]\nk= \"\" \nk=x\n"), "A", "k", kDefault);
-        row("key before any section", QByteArray("k=0\n[A]\nj=1\n"), "A", "k", kDefault);
-        row("missing section", QByteArray("[A]\nk=1\n"), "B", "k", kDefault);
-        row("Numeric without FailValue", QByteArray("[A]\nk=abc\n"), "A", "k", "abc", "Numeric");
-        row("Numeric passes", QByteArray("[A]\nk= -1.5 \n"), "A", "k", "-1.5", "Numeric", "0");
-        row("Boolean word fails", QByteArray("[A]\nk=True\n"), "A", "k", "0", "Boolean", "0");
-        row("lower-case type checks nothing", QByteArray("[A]\nk=abc\n"), "A", "k", "abc", "numeric", "0");
-        row("Numeric fails, on the default too", QByteArray("[A]\nk=\n"), "A", "k", "0", "Numeric", "0");
+        row("empty value", "[A]\nk= \"\" \nk=x\n", "A", "k", kDefault);
+        row("key before any section", "k=0\n[A]\nj=1\n", "A", "k", kDefault);
+        row("missing section", "[A]\nk=1\n", "B", "k", kDefault);
+        row("Numeric without FailValue", "[A]\nk=abc\n", "A", "k", "abc", "Numeric");
+        row("Numeric passes", "[A]\nk= -1.5 \n", "A", "k", "-1.5", "Numeric", "0");
+        row("Boolean word fails", "[A]\nk=True\n", "A", "k", "0", "Boolean", "0");
+        row("lower-case type checks nothing", "[A]\nk=abc\n", "A", "k", "abc", "numeric", "0");
+        row("Numeric fails, on the default too", "[A]\nk=\n", "A", "k", "0", "Numeric", "0");
         QTest::newRow("missing file") << QByteArray() << "A" << "k" << kDefault << QString() << QString();
     }
 

@@ -29,24 +29,18 @@ private slots:
         const auto utf16 = [](const QString& text) {
             return QByteArray("\xFF\xFE") + QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text));
         };
-        row("in place, hand-written lines kept, value as given",
-            QByteArray("; hand\n[a]\n; note\nno key\n K = old\nj=1\n"), " \"q\" ;x",
-            QByteArray("; hand\n[a]\n; note\nno key\nK= \"q\" ;x\nj=1\n"));
-        row("in place, first of duplicates, named section only, UTF-8 without BOM",
-            QByteArray("[B]\nk=keep\n[A]\nk=1\nk=2"), "Montréal",
-            QByteArray("[B]\nk=keep\n[A]\nk=Montr\xC3\xA9" "al\nk=2"));
-        row("new key before the blank line", QByteArray("[A]\nj=1\n\n[B]\n"), "2",
-            QByteArray("[A]\nj=1\nk=2\n\n[B]\n"));
-        row("new key, no final line break", QByteArray("[A]\nj=1"), "2", QByteArray("[A]\nj=1\nk=2\n"));
-        row("new section, line ends kept", QByteArray("[B]\nj=1"), "2", QByteArray("[B]\nj=1\n\n[A]\nk=2\n"));
-        row("UTF-8 BOM kept", QByteArray("\xEF\xBB\xBF[A]\nk=1\n"), "é", QByteArray("\xEF\xBB\xBF[A]\nk=\xC3\xA9\n"));
-        row("Windows-1252 kept", QByteArray("; caf\xE9\n[A]\nk=1\n"), "Québec €",
-            QByteArray("; caf\xE9\n[A]\nk=Qu\xE9" "bec \x80\n"));
-        row("UTF-8 BOM, then 1252 kept", QByteArray("\xEF\xBB\xBF[A]\nc=\xE9\nk=1\n"), "2",
-            QByteArray("\xEF\xBB\xBF[A]\nc=\xE9\nk=2\n"));
+        row("in place, hand-written lines kept, value as given", "; hand\n[a]\n; note\nno key\n K = old\nj=1\n",
+            " \"q\" ;x", "; hand\n[a]\n; note\nno key\nK= \"q\" ;x\nj=1\n");
+        row("in place, first of duplicates, named section only, UTF-8 without BOM", "[B]\nk=keep\n[A]\nk=1\nk=2",
+            "Montréal", "[B]\nk=keep\n[A]\nk=Montr\xC3\xA9" "al\nk=2");
+        row("new key before the blank line", "[A]\nj=1\n\n[B]\n", "2", "[A]\nj=1\nk=2\n\n[B]\n");
+        row("new key, no final line break", "[A]\nj=1", "2", "[A]\nj=1\nk=2\n");
+        row("new section, line ends kept", "[B]\nj=1", "2", "[B]\nj=1\n\n[A]\nk=2\n");
+        row("UTF-8 BOM kept", "\xEF\xBB\xBF[A]\nk=1\n", "é", "\xEF\xBB\xBF[A]\nk=\xC3\xA9\n");
+        row("Windows-1252 kept", "; caf\xE9\n[A]\nk=1\n", "Québec €", "; caf\xE9\n[A]\nk=Qu\xE9" "bec \x80\n");
+        row("UTF-8 BOM, then 1252 kept", "\xEF\xBB\xBF[A]\nc=\xE9\nk=1\n", "2", "\xEF\xBB\xBF[A]\nc=\xE9\nk=2\n");
         // Nothing may be lost: a character the code page cannot hold turns the whole file into UTF-8.
-        row("1252 becomes UTF-8", QByteArray("[A]\nc=caf\xE9\n"), "Łódź",
-            QByteArray("[A]\nc=caf\xC3\xA9\nk=\xC5\x81\xC3\xB3" "d\xC5\xBA\n"));
+        row("1252 becomes UTF-8", "[A]\nc=caf\xE9\n", "Łódź", "[A]\nc=caf\xC3\xA9\nk=\xC5\x81\xC3\xB3" "d\xC5\xBA\n");
         QTest::newRow("new file") << QByteArray() << "1" << QByteArray("[A]\r\nk=1\r\n");
         QTest::newRow("UTF-16 kept") << utf16(QStringLiteral("[A]\r\nk=1\r\n")) << "Łódź"
                                      << utf16(QStringLiteral("[A]\r\nk=Łódź\r\n"));
