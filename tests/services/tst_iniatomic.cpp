@@ -14,22 +14,14 @@ using namespace corvalent::test;
 
 namespace {
 
-// Large enough that a write takes a while, with the rewritten key between much else. The versions hold different
-// counts of records, so that a file cut short or spliced from both shows.
-QString records(char tag, int count)
-{
-    QString blob;
-    for (int i = 0; i < count; ++i)
-        blob += QLatin1Char(tag) + QString::number(i).rightJustified(6, u'0') + QLatin1Char(';');
-    return blob;
-}
-
-QByteArray version(char tag, int count)
+// Large enough that a write takes a while, with the rewritten key between much else. The versions' blobs differ in
+// letter and length, so that a file cut short or spliced from both shows.
+QByteArray version(const QString& blob)
 {
     QByteArray bytes("[Filler]\r\n");
     for (int i = 0; i < 3000; ++i)
         bytes += "Line" + QByteArray::number(i) + "=filler text " + QByteArray::number(i * 31) + "\r\n";
-    return bytes + "\r\n[Data]\r\nBlob=" + records(tag, count).toLatin1() + "\r\nAfter=end\r\n";
+    return bytes + "\r\n[Data]\r\nBlob=" + blob.toLatin1() + "\r\nAfter=end\r\n";
 }
 
 // Forks a child that calls write(1), write(2), ... and announces each call before making it; kills it once
@@ -74,8 +66,8 @@ private slots:
     // A writer killed at any moment leaves the old file or the new one, whole: never a truncated or mixed file.
     void killedWriterLeavesAWholeFile()
     {
-        const QString blobs[2] = {records('a', 25000), records('b', 26000)};
-        const QByteArray versions[2] = {version('a', 25000), version('b', 26000)};
+        const QString blobs[2] = {QString(200000, u'a'), QString(208000, u'b')};
+        const QByteArray versions[2] = {version(blobs[0]), version(blobs[1])};
         const QString file = m_files.write(QStringLiteral("atomic/big.ini"), versions[0]);
         const auto write = [&](int i) {
             return WriteKeyValue(QStringLiteral("Data"), QStringLiteral("Blob"), blobs[i % 2], file);

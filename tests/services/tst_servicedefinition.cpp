@@ -24,16 +24,6 @@ ServiceDefinition postalCodes(int base = ServiceBase::Address)
     return s;
 }
 
-// What WriteNewService makes of postalCodes(), with `base` the Base line if any.
-QByteArray postalCodesFile(const QByteArray& base)
-{
-    return QByteArray("[Settings]|Name=Postal codes 2~1|URL=example.com/?q=|" + base
-                      + "CountryFile=Countries.ini|DefaultCountry=|F0=25|F1=0|F2=0|F3=0|F4=888|PhFormat4=1,2,3|"
-                        "F5=0|F6=0|F7=0|F8=0|F9=779|V0=name|V1=|V2=|V3=|V4=|V5=|V6=|V7=|V8=|V9=&city|"
-                        "L7=Custom1|L8=Custom2|L9=Area code|")
-        .replace('|', "\r\n");
-}
-
 } // namespace
 
 class TestServiceDefinition : public QObject {
@@ -58,12 +48,17 @@ private slots:
         QFETCH(QByteArray, baseLine);
         const QString path = m_files.add("; old\r\n[Settings]\r\nF4=5\r\nOld=1\r\n");
         QVERIFY(WriteNewService(path, postalCodes(base)));
-        QCOMPARE(TestHome::read(path), postalCodesFile(baseLine));
+        QByteArray expected = QByteArray("[Settings]|Name=Postal codes 2~1|URL=example.com/?q=|" + baseLine
+                                         + "CountryFile=Countries.ini|DefaultCountry=|F0=25|F1=0|F2=0|F3=0|F4=888|"
+                                           "PhFormat4=1,2,3|F5=0|F6=0|F7=0|F8=0|F9=779|V0=name|V1=|V2=|V3=|V4=|V5=|"
+                                           "V6=|V7=|V8=|V9=&city|L7=Custom1|L8=Custom2|L9=Area code|")
+                                  .replace('|', "\r\n");
+        QCOMPARE(TestHome::read(path), expected);
 
         // Read back and written anew, it makes the same file but for the readers' default country.
         const QString again = m_files.add();
         QVERIFY(WriteNewService(again, ReadServiceDefinition(path)));
-        QCOMPARE(TestHome::read(again), postalCodesFile(baseLine).replace("DefaultCountry=\r", "DefaultCountry=US\r"));
+        QCOMPARE(TestHome::read(again), expected.replace("DefaultCountry=\r", "DefaultCountry=US\r"));
     }
 
     // Lines the editor never writes stay, in place or copied along when only the file's own name changes, never a
