@@ -32,6 +32,8 @@ bool killDuring(const std::function<bool(int)>& write, int calls, const QString&
     if (::pipe(ends) != 0)
         return false;
     const pid_t child = ::fork();
+    if (child < 0)
+        return false;
     if (child == 0) {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL); // a child whose test died does not write on
         try {
