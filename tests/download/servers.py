@@ -1,11 +1,9 @@
 """Servers on 127.0.0.1 for the download tests. Prints the port it listens on, then serves until killed.
 
     servers.py ftp FOLDER      anonymous, read-only FTP of FOLDER (pyftpdlib)
-    servers.py http FOLDER     Python's http.server listing FOLDER
     servers.py hostile         a listing page of dangerous names and a 2 MiB service file, over HTTP
     servers.py silent          accepts connections and never says a word
 """
-import functools
 import http.server
 import socket
 import sys
@@ -29,11 +27,6 @@ if kind == "ftp":
     server = FTPServer(("127.0.0.1", 0), FTPHandler)
     announce(server.address[1])
     server.serve_forever(handle_exit=False)
-elif kind == "http":
-    handler = functools.partial(http.server.SimpleHTTPRequestHandler, directory=sys.argv[2])
-    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
-    announce(server.server_address[1])
-    server.serve_forever()
 elif kind == "hostile":
     names = ["../x.isf", "a/b.isf", "%2E%2E%2Fy.isf", "line%0Abreak.isf", "a%5Cb.isf", ".hidden.isf",
              "x" * 201 + ".isf", "big.isf", "fine.isf"]
