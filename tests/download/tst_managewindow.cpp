@@ -18,10 +18,11 @@ namespace {
 
 const QByteArray kOld = "[Settings]\r\nName=old\r\n";
 
-// A message as the tests compare it: its style, its caption and its text.
+// A message as the tests expect it: its style, its caption and its text, as a pattern.
 QString shown(const QString& text, int style = 0, const QString& caption = u"Corvalent"_s)
 {
-    return u"%1 %2: %3"_s.arg(style).arg(caption, text);
+    const QString asked = u"%1 %2: %3"_s.arg(style).arg(caption, text);
+    return QRegularExpression::anchoredPattern(QRegularExpression::escape(asked));
 }
 
 } // namespace
@@ -38,19 +39,10 @@ class TestManageWindow : public QObject {
     QPointer<ManageWindow> m_window;
 
     QString presets() const { return m_home.file(u"Presets"_s); }
-    void open(const QString& url)
-    {
-        m_window = new ManageWindow(presets(), url);
-        m_window->show();
-    }
     template <typename W>
     W* control(const QString& name) { return m_window->findChild<W*>(name); }
-    void click(const QString& button)
-    {
-        QTest::mouseClick(control<QPushButton>(button), Qt::LeftButton);
-        QTRY_VERIFY_WITH_TIMEOUT(!m_window->manage().busy(), 20000);
-    }
-    // Clicks the entries of a list with Ctrl held after the first, as a user picks several.
+    // Clicks the entries of a list with Ctrl held after the first, as a user picks several; the list picked from
+    // decides which of Get and Delete can be pressed.
     void pick(const QString& list, const QStringList& entries)
     {
         auto* l = control<QListWidget>(list);
@@ -61,6 +53,8 @@ class TestManageWindow : public QObject {
                               entry == entries.first() ? Qt::NoModifier : Qt::ControlModifier,
                               l->visualItemRect(found.first()).center());
         }
+        QCOMPARE(control<QPushButton>(u"cmdGet"_s)->isEnabled(), list == u"lstFiles");
+        QCOMPARE(control<QPushButton>(u"cmdDelete"_s)->isEnabled(), list == u"lstPresets");
     }
     QStringList entries(const QString& list)
     {
@@ -69,13 +63,6 @@ class TestManageWindow : public QObject {
         for (int i = 0; i < l->count(); ++i)
             texts << l->item(i)->text();
         texts.sort();
-        return texts;
-    }
-    QStringList asked() const
-    {
-        QStringList texts;
-        for (const auto& p : m_prompter->prompts())
-            texts << shown(p.text, p.style, p.caption);
         return texts;
     }
 
@@ -93,135 +80,115 @@ private slots:
     }
     void cleanup() { delete m_window; }
 
-    void install_data()
+    void steps_data()
     {
+        QTest::addColumn<QString>("server");
         QTest::addColumn<QStringList>("installed"); // file names there before, with other bytes than the server's
-        QTest::addColumn<QStringList>("picked");
-        QTest::addColumn<int>("answer"); // to the question whether to replace
-        QTest::addColumn<QStringList>("prompts"); // in any order: the server's is the folder's own there
-        QTest::addColumn<QStringList>("presets"); // lstPresets afterwards
-        QTest::addColumn<QStringList>("replaced"); // files that now hold the server's bytes
+        QTest::addColumn<QStringList>("steps");     // a button clicked, or "LIST:A|B", entries picked in a list
+        QTest::addColumn<int>("answer");            // to the question asked, if any
+        QTest::addColumn<QStringList>("prompts");   // patterns, in any order: the server's is its folder's own
+        QTest::addColumn<bool>("connected");
+        QTest::addColumn<QStringList>("files");     // lstFiles afterwards
+        QTest::addColumn<QStringList>("presets");   // lstPresets afterwards
+        QTest::addColumn<QStringList>("replaced");  // files that now hold the server's bytes
         const QString postal = u"Postal 2.1"_s, yellow = u"Yellow pages"_s;
-        const QString postalFile = u"Postal 2~1.isf"_s;
-        const int replaceStyle = Prompter::YesNo | Prompter::Exclamation | Prompter::DefaultButton2;
+        const QStringList postalFile{u"Postal 2~1.isf"_s}, served{postal, yellow}, none;
+        const QStringList connect{u"cmdConnect"_s};
         // Spelled as users have always read them.
         const auto installed = [](const QString& name) {
             return shown(name + u" was installed succesfully."_s, Prompter::Information);
         };
-        const auto replace = [&](const QString& name) {
-            return shown(u"A version of '%1' is already installed. Do you want to replace it with the servers'version?"_s
-                         .arg(name), replaceStyle);
-        };
-        QTest::newRow("replace: yes") << QStringList{postalFile} << QStringList{postal} << int(Prompter::Yes)
-                                      << QStringList{replace(postal), installed(postal)} << QStringList{postal}
-                                      << QStringList{postalFile};
+        const QString replace = shown(u"A version of 'Postal 2.1' is already installed. Do you want to replace it "
+                                      "with the servers'version?"_s,
+                                      Prompter::YesNo | Prompter::Exclamation | Prompter::DefaultButton2);
+        const QStringList twoInstalled{u"White~pages.isf"_s, u"Yellow pages.isf"_s};
+        const QStringList deleteWhite{u"lstPresets:White.pages"_s, u"cmdDelete"_s};
+        const QStringList deleteQuestion{shown(u"Are you sure you want to delete this service?"_s,
+                                               Prompter::YesNo | Prompter::Critical | Prompter::DefaultButton2,
+                                               u"App.title"_s)};
+
+        QTest::newRow("replace: yes")
+            << u"ftp"_s << postalFile << connect + QStringList{u"lstFiles:Postal 2.1"_s, u"cmdGet"_s}
+            << int(Prompter::Yes) << QStringList{replace, installed(postal)} << true << served << QStringList{postal}
+            << postalFile;
         QTest::newRow("replace: no, and on with the next")
-            << QStringList{postalFile} << QStringList{yellow, postal} << int(Prompter::No)
-            << QStringList{replace(postal), installed(yellow)} << QStringList{postal, yellow}
+            << u"ftp"_s << postalFile << connect + QStringList{u"lstFiles:Yellow pages|Postal 2.1"_s, u"cmdGet"_s}
+            << int(Prompter::No) << QStringList{replace, installed(yellow)} << true << served << served
             << QStringList{u"Yellow pages.isf"_s};
+        QTest::newRow("install before connecting") << u"ftp"_s << none << QStringList{u"cmdGet"_s} << 0
+                                                   << QStringList{shown(u"Not in session"_s)} << false << none << none
+                                                   << none;
+        QTest::newRow("install with nothing picked")
+            << u"ftp"_s << none << connect + QStringList{u"cmdGet"_s} << 0
+            << QStringList{shown(u"Please select the item to GET!"_s)} << true << served << none << none;
+        QTest::newRow("a second press lists nothing anew")
+            << u"ftp"_s << none << connect + connect << 0 << none << true << served << none << none;
+        QTest::newRow("empty folder") << u"empty"_s << none << connect << 0
+                                      << QStringList{shown(u"This directory is empty!"_s)} << true << none << none
+                                      << none;
+        QTest::newRow("no server there")
+            << u"refused"_s << none << connect << int(Prompter::Yes)
+            << QStringList{u"^4 Corvalent: InternetConnect Err: .*[Cc]ouldn't connect.*\rClose Connection and "
+                           "Session\\?$"_s}
+            << false << none << none << none;
+        QTest::newRow("manual connection opens the server")
+            << u"ftp"_s << none << QStringList{u"cmdFtp"_s} << 0 << none << false << none << none << none;
+        QTest::newRow("delete: yes") << u"ftp"_s << twoInstalled << deleteWhite << int(Prompter::Yes)
+                                     << deleteQuestion << false << none << QStringList{yellow} << none;
+        QTest::newRow("delete: no") << u"ftp"_s << twoInstalled << deleteWhite << int(Prompter::No) << deleteQuestion
+                                    << false << none << QStringList{u"White.pages"_s, yellow} << none;
     }
-    void install()
+    void steps()
     {
+        QFETCH(QString, server);
         QFETCH(QStringList, installed);
-        QFETCH(QStringList, picked);
+        QFETCH(QStringList, steps);
         QFETCH(int, answer);
-        QFETCH(QStringList, replaced);
         QFETCH(QStringList, prompts);
+        QFETCH(QStringList, replaced);
         for (const QString& file : installed)
             m_home.write(u"Presets/"_s + file, kOld);
         m_prompter->scriptAnswer(answer);
-        open(m_ftp.url("ftp"));
-        click(u"cmdConnect"_s);
-        QCOMPARE(entries(u"lstFiles"_s), (QStringList{u"Postal 2.1"_s, u"Yellow pages"_s}));
-        // The server's order is the list's; pick them in the order given, the list installs from the top.
-        pick(u"lstFiles"_s, picked);
-        click(u"cmdGet"_s);
-        QStringList said = asked();
-        said.sort();
-        prompts.sort();
-        QCOMPARE(said, prompts);
+        const QString url = server == u"ftp" ? m_ftp.url("ftp") : server == u"empty" ? m_ftpEmpty.url("ftp")
+                                                                                      : u"ftp://127.0.0.1:1/"_s;
+        m_window = new ManageWindow(presets(), url);
+        m_window->show();
+        for (const QString& step : steps) {
+            if (step.contains(u':')) {
+                pick(step.section(u':', 0, 0), step.section(u':', 1).split(u'|'));
+                continue;
+            }
+            QTest::mouseClick(control<QPushButton>(step), Qt::LeftButton);
+            QTRY_VERIFY_WITH_TIMEOUT(!m_window->manage().busy(), 20000);
+        }
+
+        for (const auto& p : m_prompter->prompts()) {
+            const QString asked = u"%1 %2: %3"_s.arg(p.style).arg(p.caption, p.text);
+            const auto found = std::find_if(prompts.begin(), prompts.end(), [&](const QString& pattern) {
+                return QRegularExpression(pattern).match(asked).hasMatch();
+            });
+            QVERIFY2(found != prompts.end(), qPrintable(asked));
+            prompts.erase(found);
+        }
+        QCOMPARE(prompts, QStringList());
+        QTEST(m_window->manage().connected(), "connected");
+        QTEST(entries(u"lstFiles"_s), "files");
         QTEST(entries(u"lstPresets"_s), "presets");
-        const QStringList there = QDir(presets()).entryList(QDir::Files | QDir::Hidden);
-        for (const QString& file : there) {
+        // The folder holds what the list shows, nothing else (no temporary file), each with the bytes it should.
+        QStringList there = QDir(presets()).entryList(QDir::Files | QDir::Hidden);
+        for (QString& file : there) {
             const QByteArray expected = !replaced.contains(file) ? kOld
                                         : file.startsWith(u"Postal") ? test::kServedPostal : test::kServedYellow;
             QCOMPARE(test::TestHome::read(presets() + u'/' + file), expected);
+            file = DisplayName(file.chopped(4));
         }
-        // Nothing else: no temporary file left behind.
-        QCOMPARE(there.size(), entries(u"lstPresets"_s).size());
-    }
-
-    void messages_data()
-    {
-        QTest::addColumn<QString>("server");
-        QTest::addColumn<QStringList>("clicks");
-        QTest::addColumn<QString>("prompt"); // a pattern; "" when nothing is asked
-        QTest::addColumn<bool>("connected");
-        QTest::addColumn<int>("listed");
-        const auto exactly = [](const QString& text) {
-            return QRegularExpression::anchoredPattern(QRegularExpression::escape(shown(text)));
-        };
-        QTest::newRow("install before connecting")
-            << u"ftp"_s << QStringList{u"cmdGet"_s} << exactly(u"Not in session"_s) << false << 0;
-        QTest::newRow("install with nothing picked") << u"ftp"_s << QStringList{u"cmdConnect"_s, u"cmdGet"_s}
-                                                     << exactly(u"Please select the item to GET!"_s) << true << 2;
-        QTest::newRow("a second press lists nothing anew")
-            << u"ftp"_s << QStringList{u"cmdConnect"_s, u"cmdConnect"_s} << QString() << true << 2;
-        QTest::newRow("empty folder") << u"empty"_s << QStringList{u"cmdConnect"_s}
-                                      << exactly(u"This directory is empty!"_s) << true << 0;
-        // Answered Yes, as the question suggests.
-        QTest::newRow("no server there")
-            << u"refused"_s << QStringList{u"cmdConnect"_s}
-            << u"^4 Corvalent: InternetConnect Err: .*[Cc]ouldn't connect.*\rClose Connection and Session\\?$"_s
-            << false << 0;
-        QTest::newRow("manual connection opens the server")
-            << u"ftp"_s << QStringList{u"cmdFtp"_s} << QString() << false << 0;
-    }
-    void messages()
-    {
-        QFETCH(QString, server);
-        QFETCH(QStringList, clicks);
-        QFETCH(QString, prompt);
-        open(server == u"ftp" ? m_ftp.url("ftp") : server == u"empty" ? m_ftpEmpty.url("ftp") : u"ftp://127.0.0.1:1/"_s);
-        for (const QString& button : clicks)
-            click(button);
-        const QStringList said = asked();
-        QCOMPARE(said.size(), prompt.isEmpty() ? 0 : 1);
-        if (!prompt.isEmpty())
-            QVERIFY2(QRegularExpression(prompt).match(said.first()).hasMatch(), qPrintable(said.first()));
-        QTEST(m_window->manage().connected(), "connected");
-        QTEST(int(control<QListWidget>(u"lstFiles"_s)->count()), "listed");
+        there.sort();
+        QTEST(there, "presets");
         // Only the manual connection opens anything: the server, in the user's own program.
         QStringList opened;
         for (const auto& o : m_launcher->opened())
             opened << o.target;
-        QCOMPARE(opened, clicks.contains(u"cmdFtp"_s) ? QStringList{m_ftp.url("ftp")} : QStringList());
-    }
-
-    void deleteAsks_data()
-    {
-        QTest::addColumn<int>("answer");
-        QTest::addColumn<bool>("kept");
-        QTest::newRow("yes") << int(Prompter::Yes) << false;
-        QTest::newRow("no") << int(Prompter::No) << true;
-    }
-    void deleteAsks()
-    {
-        QFETCH(int, answer);
-        m_home.write(u"Presets/White~pages.isf"_s, kOld);
-        m_home.write(u"Presets/Yellow pages.isf"_s, kOld);
-        m_prompter->scriptAnswer(answer);
-        open(m_ftp.url("ftp"));
-        pick(u"lstPresets"_s, {u"White.pages"_s});
-        QVERIFY(!control<QPushButton>(u"cmdGet"_s)->isEnabled());
-        QVERIFY(control<QPushButton>(u"cmdDelete"_s)->isEnabled());
-        click(u"cmdDelete"_s);
-        QCOMPARE(asked(), QStringList{shown(u"Are you sure you want to delete this service?"_s,
-                                            Prompter::YesNo | Prompter::Critical | Prompter::DefaultButton2,
-                                            u"App.title"_s)});
-        QTEST(QFile::exists(presets() + u"/White~pages.isf"_s), "kept");
-        QTEST(entries(u"lstPresets"_s).contains(u"White.pages"_s), "kept");
-        QVERIFY(QFile::exists(presets() + u"/Yellow pages.isf"_s));
+        QCOMPARE(opened, steps.contains(u"cmdFtp"_s) ? QStringList{m_ftp.url("ftp")} : QStringList());
     }
 };
 
