@@ -24,6 +24,11 @@ QString shown(const QString& text, int style = 0, const QString& caption = u"Cor
     const QString asked = u"%1 %2: %3"_s.arg(style).arg(caption, text);
     return QRegularExpression::anchoredPattern(QRegularExpression::escape(asked));
 }
+// Spelled as users have always read it.
+QString installed(const QString& name)
+{
+    return shown(name + u" was installed succesfully."_s, Prompter::Information);
+}
 
 } // namespace
 
@@ -83,21 +88,16 @@ private slots:
     void steps_data()
     {
         QTest::addColumn<QString>("server");
-        QTest::addColumn<QStringList>("installed"); // file names there before, with other bytes than the server's
+        QTest::addColumn<QStringList>("before");    // file names there before, with other bytes than the server's
         QTest::addColumn<QStringList>("steps");     // a button clicked, or "LIST:A|B", entries picked in a list
         QTest::addColumn<int>("answer");            // to the question asked, if any
         QTest::addColumn<QStringList>("prompts");   // patterns, in any order: the server's is its folder's own
         QTest::addColumn<bool>("connected");
         QTest::addColumn<QStringList>("files");     // lstFiles afterwards
-        QTest::addColumn<QStringList>("presets");   // lstPresets afterwards
-        QTest::addColumn<QStringList>("replaced");  // files that now hold the server's bytes
+        QTest::addColumn<QStringList>("presets");   // lstPresets afterwards; the installed ones hold the server's bytes
         const QString postal = u"Postal 2.1"_s, yellow = u"Yellow pages"_s;
         const QStringList postalFile{u"Postal 2~1.isf"_s}, served{postal, yellow}, none;
         const QStringList connect{u"cmdConnect"_s};
-        // Spelled as users have always read them.
-        const auto installed = [](const QString& name) {
-            return shown(name + u" was installed succesfully."_s, Prompter::Information);
-        };
         const QString replace = shown(u"A version of 'Postal 2.1' is already installed. Do you want to replace it "
                                       "with the servers'version?"_s,
                                       Prompter::YesNo | Prompter::Exclamation | Prompter::DefaultButton2);
@@ -109,44 +109,39 @@ private slots:
 
         QTest::newRow("replace: yes")
             << u"ftp"_s << postalFile << connect + QStringList{u"lstFiles:Postal 2.1"_s, u"cmdGet"_s}
-            << int(Prompter::Yes) << QStringList{replace, installed(postal)} << true << served << QStringList{postal}
-            << postalFile;
+            << int(Prompter::Yes) << QStringList{replace, installed(postal)} << true << served << QStringList{postal};
         QTest::newRow("replace: no, and on with the next")
             << u"ftp"_s << postalFile << connect + QStringList{u"lstFiles:Yellow pages|Postal 2.1"_s, u"cmdGet"_s}
-            << int(Prompter::No) << QStringList{replace, installed(yellow)} << true << served << served
-            << QStringList{u"Yellow pages.isf"_s};
+            << int(Prompter::No) << QStringList{replace, installed(yellow)} << true << served << served;
         QTest::newRow("install before connecting") << u"ftp"_s << none << QStringList{u"cmdGet"_s} << 0
-                                                   << QStringList{shown(u"Not in session"_s)} << false << none << none
-                                                   << none;
+                                                   << QStringList{shown(u"Not in session"_s)} << false << none << none;
         QTest::newRow("install with nothing picked")
             << u"ftp"_s << none << connect + QStringList{u"cmdGet"_s} << 0
-            << QStringList{shown(u"Please select the item to GET!"_s)} << true << served << none << none;
+            << QStringList{shown(u"Please select the item to GET!"_s)} << true << served << none;
         QTest::newRow("a second press lists nothing anew")
-            << u"ftp"_s << none << connect + connect << 0 << none << true << served << none << none;
+            << u"ftp"_s << none << connect + connect << 0 << none << true << served << none;
         QTest::newRow("empty folder") << u"empty"_s << none << connect << 0
-                                      << QStringList{shown(u"This directory is empty!"_s)} << true << none << none
-                                      << none;
+                                      << QStringList{shown(u"This directory is empty!"_s)} << true << none << none;
         QTest::newRow("no server there")
             << u"refused"_s << none << connect << int(Prompter::Yes)
             << QStringList{u"^4 Corvalent: InternetConnect Err: .*[Cc]ouldn't connect.*\rClose Connection and "
                            "Session\\?$"_s}
-            << false << none << none << none;
+            << false << none << none;
         QTest::newRow("manual connection opens the server")
-            << u"ftp"_s << none << QStringList{u"cmdFtp"_s} << 0 << none << false << none << none << none;
+            << u"ftp"_s << none << QStringList{u"cmdFtp"_s} << 0 << none << false << none << none;
         QTest::newRow("delete: yes") << u"ftp"_s << twoInstalled << deleteWhite << int(Prompter::Yes)
-                                     << deleteQuestion << false << none << QStringList{yellow} << none;
+                                     << deleteQuestion << false << none << QStringList{yellow};
         QTest::newRow("delete: no") << u"ftp"_s << twoInstalled << deleteWhite << int(Prompter::No) << deleteQuestion
-                                    << false << none << QStringList{u"White.pages"_s, yellow} << none;
+                                    << false << none << QStringList{u"White.pages"_s, yellow};
     }
     void steps()
     {
         QFETCH(QString, server);
-        QFETCH(QStringList, installed);
+        QFETCH(QStringList, before);
         QFETCH(QStringList, steps);
         QFETCH(int, answer);
         QFETCH(QStringList, prompts);
-        QFETCH(QStringList, replaced);
-        for (const QString& file : installed)
+        for (const QString& file : before)
             m_home.write(u"Presets/"_s + file, kOld);
         m_prompter->scriptAnswer(answer);
         const QString url = server == u"ftp" ? m_ftp.url("ftp") : server == u"empty" ? m_ftpEmpty.url("ftp")
@@ -162,6 +157,7 @@ private slots:
             QTRY_VERIFY_WITH_TIMEOUT(!m_window->manage().busy(), 20000);
         }
 
+        const QStringList expectedPrompts = prompts;
         for (const auto& p : m_prompter->prompts()) {
             const QString asked = u"%1 %2: %3"_s.arg(p.style).arg(p.caption, p.text);
             const auto found = std::find_if(prompts.begin(), prompts.end(), [&](const QString& pattern) {
@@ -177,10 +173,11 @@ private slots:
         // The folder holds what the list shows, nothing else (no temporary file), each with the bytes it should.
         QStringList there = QDir(presets()).entryList(QDir::Files | QDir::Hidden);
         for (QString& file : there) {
-            const QByteArray expected = !replaced.contains(file) ? kOld
+            const QString name = DisplayName(file.chopped(4));
+            const QByteArray expected = !expectedPrompts.contains(installed(name)) ? kOld
                                         : file.startsWith(u"Postal") ? test::kServedPostal : test::kServedYellow;
             QCOMPARE(test::TestHome::read(presets() + u'/' + file), expected);
-            file = DisplayName(file.chopped(4));
+            file = name;
         }
         there.sort();
         QTEST(there, "presets");

@@ -40,13 +40,6 @@ void typeInto(QLineEdit* box, const QString& text)
     QTest::keyClicks(box, text);
 }
 
-// A service file from "KEY=VALUE|..." lines, as the editor writes it: CR LF after each line.
-QByteArray serviceBytes(const QString& lines)
-{
-    QString text = u"[Settings]|"_s + lines + u'|';
-    return text.replace(u'|', u"\r\n"_s).toUtf8();
-}
-
 } // namespace
 
 class TestServiceEditor : public QObject {
@@ -118,9 +111,11 @@ private slots:
         save(w);
         QVERIFY(m->prompter->prompts().isEmpty());
         QCOMPARE(test::TestHome::read(m->serviceFile(u"Postal codes 2~1"_s)),
-                 serviceBytes(u"Name=Postal codes 2~1|URL=example.org/pc?lang=en|Base=1|CountryFile=|DefaultCountry=|"
-                              "F0=26|F1=25|F2=27|F3=30|F4=31|F5=32|F6=33|F7=0|F8=888|PhFormat8=1,2,4|F9=80|"
-                              "V0=name|V1=|V2=|V3=|V4=|V5=&pcode|V6=|V7=|V8=|V9=|L7=Custom1|L8=Phone|L9=Custom3"_s));
+                 QString(u"[Settings]|Name=Postal codes 2~1|URL=example.org/pc?lang=en|Base=1|CountryFile=|"
+                         "DefaultCountry=|F0=26|F1=25|F2=27|F3=30|F4=31|F5=32|F6=33|F7=0|F8=888|PhFormat8=1,2,4|F9=80|"
+                         "V0=name|V1=|V2=|V3=|V4=|V5=&pcode|V6=|V7=|V8=|V9=|L7=Custom1|L8=Phone|L9=Custom3|"_s)
+                     .replace(u'|', u"\r\n"_s)
+                     .toUtf8());
     }
 
     // Loading shows the stored rows (dots in the name again) and whether the service sends UTF-8; a type switch
