@@ -39,7 +39,6 @@ private slots:
         const QString none = u"\\A\\z"_s;
         const QStringList nothing;
         const QStringList postalOld{u"Postal 2~1.isf:old"_s};
-        QTest::newRow("list") << u"list"_s << nothing << 0 << u"Postal 2.1\nYellow pages\n"_s << none << nothing;
         QTest::newRow("list, empty folder") << u"list|--server|%empty"_s << nothing << 0 << QString()
                                             << u"This directory is empty!"_s << nothing;
         QTest::newRow("list, hostile names")

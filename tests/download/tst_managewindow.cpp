@@ -1,10 +1,9 @@
 // frmManage by its control names against a real FTP server on 127.0.0.1, with scripted answers to its messages.
 
 #include "TestServers.h"
-#include "common/Launcher.h"
-#include "common/Prompter.h"
 #include "download/ManageWindow.h"
 #include "services/ServiceDefinition.h"
+#include "support/RequestSupport.h"
 
 #include <QListWidget>
 #include <QPointer>
@@ -74,12 +73,8 @@ class TestManageWindow : public QObject {
 private slots:
     void init()
     {
-        auto prompter = std::make_unique<RecordingPrompter>();
-        m_prompter = prompter.get();
-        Prompter::install(std::move(prompter));
-        auto launcher = std::make_unique<RecordingLauncher>();
-        m_launcher = launcher.get();
-        Launcher::install(std::move(launcher));
+        m_prompter = test::install<RecordingPrompter, Prompter>();
+        m_launcher = test::install<RecordingLauncher, Launcher>();
         QDir(presets()).removeRecursively();
         QDir().mkpath(presets());
     }
