@@ -127,7 +127,7 @@ private slots:
         QTest::addColumn<QString>("storedName");
         QTest::addColumn<QString>("newName");
         QTest::addColumn<QString>("savedStem");
-        QTest::addColumn<QString>("encoding"); // the stored value; null when there is no key
+        QTest::addColumn<QString>("encoding"); // the stored value
         QTest::addColumn<bool>("checked");     // as loaded
         QTest::addColumn<bool>("click");
         QTest::addColumn<QString>("saved");    // the key's line after the save
@@ -135,8 +135,6 @@ private slots:
                                              << u"UTF-8"_s << true << false << u"Encoding=utf-8"_s;
         QTest::newRow("file renamed by hand, utf-8 cleared") << u"Hand"_s << u"Other"_s << u"New"_s << u"Hand"_s
                                                              << u"utf-8"_s << true << true << u"Encoding="_s;
-        QTest::newRow("no key, checked") << u"Maps"_s << u"Maps"_s << u"Maps"_s << u"Maps"_s << QString() << false
-                                         << true << u"Encoding=utf-8"_s;
         QTest::newRow("other value, left") << u"Maps"_s << u"Maps"_s << u"Maps"_s << u"Maps"_s << u"latin1"_s << false
                                            << false << u"Encoding=latin1"_s;
     }
@@ -153,7 +151,7 @@ private slots:
                            u"Name="_s + storedName
                                + u"|URL=x.org/?|Base=1|CountryFile=c.ini|DefaultCountry=CA|Author=me|"
                                  "F0=26|F1=25|F2=0|F3=30|F4=0|F5=0|F6=0|F7=0|F8=888|PhFormat8=4,5|F9=0|V3=city|L8=Tel"_s
-                               + (encoding.isNull() ? QString() : u"|Encoding="_s + encoding),
+                               + u"|Encoding="_s + encoding,
                            stem);
         QPointer<ServiceEditorWindow> w = open(ServiceEditorWindow::Mode::Edit);
         QCOMPARE(w->windowTitle(), u"Edit a service"_s);
