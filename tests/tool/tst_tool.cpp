@@ -62,8 +62,6 @@ private slots:
                 u"OpenStreetMap address|0=Jean|1=Acme|2=1500 Rue Peel|3=Montréal|4=QC|5=H3A 1S9|6=canada"_s,
                 "http://nominatim.openstreetmap.org/ui/search.html?street=1500%20Rue%20Peel&city=Montr%C3%A9al"
                 "&state=QC&postalcode=H3A%201S9&country=CA\n");
-        request("Area code lookup", u"Area code lookup|0=Jean|7=514|8=555"_s,
-                "http://www.localcallingguide.com/lca_prefix.php?npa=514&nxx=555\n");
         // By its display name; its country file is not there, and the POST page never needs it.
         request("postal page", u"Postal 2.1|1=España|3=Montréal|6=Canada"_s,
                 test::postPage("<input type=text name=company value=Espa\xf1" "a>\r\n"
