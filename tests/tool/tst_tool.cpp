@@ -84,12 +84,10 @@ private slots:
         // A trailing "|" gives FILE "", the program folder's Settings.ini.
         QTest::newRow("ini get \"\"") << u"ini|get|Buttons|1|"_s << 0 << QByteArray("OpenStreetMap address\n") << none;
 
-        QTest::newRow("no arguments") << QString() << 2 << nothing << usage;
-        QTest::newRow("unknown command") << u"frobnicate"_s << 2 << nothing << usage;
-        QTest::newRow("ini get without FILE") << u"ini|get|S|K"_s << 2 << nothing << usage;
-        QTest::newRow("unknown option") << u"request|No URL|--colour|red"_s << 2 << nothing << usage;
-        QTest::newRow("field row 10") << u"request|No URL|--field|10=x"_s << 2 << nothing << usage;
-        QTest::newRow("two folders") << u"services|a|b"_s << 2 << nothing << usage;
+        // No arguments, an unknown command, ini get without FILE, an unknown option, field row 10, two folders.
+        for (const char* wrong : {"", "frobnicate", "ini|get|S|K", "request|No URL|--colour|red",
+                                  "request|No URL|--field|10=x", "services|a|b"})
+            QTest::newRow(wrong) << QString::fromLatin1(wrong) << 2 << nothing << usage;
     }
     void commands()
     {
