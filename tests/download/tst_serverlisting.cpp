@@ -17,8 +17,6 @@ private slots:
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<QStringList>("names");
         QTest::addColumn<int>("ignored");
-        QTest::newRow("ftp") << true << "Postal 2~1.isf\r\nnotes.txt\r\n"_ba
-                             << QStringList{u"Postal 2~1.isf"_s, u"notes.txt"_s} << 0;
         QTest::newRow("ftp, LF only") << true << "a.isf\nb.isf\n"_ba << QStringList{u"a.isf"_s, u"b.isf"_s} << 0;
         QTest::newRow("ftp, hostile")
             << true
@@ -35,10 +33,6 @@ private slots:
             << "<th><a href=\"?C=N;O=D\">Name</a></th><tr><td><a href=\"/services/\">Parent Directory</a></td></tr>"
                "<tr><td><a href=\"A&amp;B.isf\">A&amp;B.isf</a></td></tr><a HREF='it&#39;s.isf'>x</a>"_ba
             << QStringList{u"A&B.isf"_s, u"it's.isf"_s} << 0;
-        QTest::newRow("nginx") << false
-                               << "<a href=\"../\">../</a>\n<a href=\"Yellow%20pages.isf\">Yellow pages.isf</a>  "
-                                  "23-Nov-2026 10:00   31\n"_ba
-                               << QStringList{u"Yellow pages.isf"_s} << 0;
         QTest::newRow("page, hostile")
             << false
             << "<a href=\"../x.isf\"></a><a href=\"line%0Abreak.isf\"></a><a href=\"%2e%2e%2fy.isf\"></a>"

