@@ -181,7 +181,6 @@ private slots:
     void stateKeptBetweenRuns()
     {
         MainWindow& w = m->start();
-        w.move(321, 234);
         QTest::mouseClick(m->widget<QCheckBox>(u"chkClose"_s), Qt::LeftButton);
         m->press(2); // Area code lookup: the area code of the phone listed in row 7
         auto phones = m->widget<QComboBox>(u"cboPhone"_s);
@@ -189,17 +188,14 @@ private slots:
         QVERIFY(home >= 0 && home != phones->currentIndex());
         phones->setCurrentIndex(home);
         emit phones->activated(home);
-        const QRect closedAt = w.geometry();
         w.close();
         QStringList values;
-        for (const char* key : {"Pressed", "Left", "Top", "Close", "Option", "ComboPhone"})
+        for (const char* key : {"Close", "Option", "ComboPhone"})
             values << test::stored(QLatin1String(key));
-        // The inside of the window, as it is restored.
-        QCOMPARE(values, (QStringList{u"2"_s, QString::number(closedAt.x()), QString::number(closedAt.y()), u"1"_s,
-                                      u"2"_s, u"37"_s}));
+        QCOMPARE(values, (QStringList{u"1"_s, u"2"_s, u"37"_s}));
 
-        // Pressed, Left and Top come back as startup's and placement's tables show; the rest comes back here, and the
-        // phone rows read the phone listed rather than one of their own.
+        // The phone rows read the phone listed rather than one of their own. The button and the place are stored
+        // and come back as pressButton, startup and placement show, and tst_addonfollowshost on a real desktop.
         m->windows.erase(m->windows.begin());
         m->start();
         QVERIFY(m->widget<QCheckBox>(u"chkClose"_s)->isChecked());
