@@ -38,31 +38,25 @@ private slots:
     void init() { m = std::make_unique<test::WindowFixture>(); }
     void cleanup() { m.reset(); }
 
+    // The buttons of a stored settings file come back with the stored one pressed. A stored button whose service is
+    // gone is not pressed, and with no service no row is read.
     void startup_data()
     {
-        QTest::addColumn<QStringList>("preferences"); // "KEY=VALUE"; %HOME% is the program folder
+        QTest::addColumn<int>("stored"); // Pressed
         QTest::addColumn<int>("pressed");
         QTest::addColumn<QStringList>("boxes");
-        QTest::addColumn<QStringList>("captions");
-        const QStringList other{u"SEC EDGAR companies"_s, u"OpenStreetMap address"_s, {}, {}};
-        QTest::newRow("nothing stored") << QStringList() << 0 << test::kBoxesA << test::kShippedButtons;
-        QTest::newRow("stored settings file and button")
-            << QStringList{u"SettingsFilePath=%HOME%/Other.ini"_s, u"Pressed=1"_s} << 1 << test::kBoxesA << other;
-        // The service is gone: nothing is pressed, and with no service no row is read.
-        QTest::newRow("stored button without a service")
-            << QStringList{u"SettingsFilePath=%HOME%/Other.ini"_s, u"Pressed=2"_s} << -1 << QStringList(10) << other;
+        QTest::newRow("stored button") << 1 << 1 << test::kBoxesA;
+        QTest::newRow("stored button without a service") << 2 << -1 << QStringList(10);
     }
     void startup()
     {
-        QFETCH(QStringList, preferences);
+        QFETCH(int, stored);
         QFETCH(int, pressed);
-        QFETCH(QStringList, captions);
-        m->host.home.write(u"Other.ini"_s, "[Buttons]\r\n1=SEC EDGAR companies\r\n2=OpenStreetMap address\r\n"
-                                           "3=Not there\r\n");
-        for (const QString& item : preferences)
-            SaveSetting(item.section(u'=', 0, 0),
-                        item.section(u'=', 1).replace(u"%HOME%"_s, m->host.home.programFolder()));
-
+        const QStringList captions{u"SEC EDGAR companies"_s, u"OpenStreetMap address"_s, {}, {}};
+        const QString settings = m->host.home.write(u"Other.ini"_s, "[Buttons]\r\n1=SEC EDGAR companies\r\n"
+                                                                    "2=OpenStreetMap address\r\n3=Not there\r\n");
+        SaveSetting(u"SettingsFilePath"_s, settings);
+        SaveSetting(u"Pressed"_s, QString::number(stored));
         MainWindow& w = m->start();
         QVERIFY(m->started);
         QCOMPARE(m->prompter->texts(), QStringList());

@@ -98,7 +98,6 @@ private slots:
         QTest::addColumn<bool>("errorBox");
         QTest::newRow("settings file") << 0 << u"/data/other.ini"_s << u"SettingFilePath"_s << u"/data/other.ini"_s
                                        << false;
-        QTest::newRow("settings file, cancelled") << 0 << QString() << u"SettingFilePath"_s << QString() << false;
         QTest::newRow("presets folder") << 1 << u"/data/Services/x.iss"_s << u"PresetsDir"_s << u"/data/Services"_s
                                         << false;
         QTest::newRow("presets folder, cancelled") << 1 << QString() << u"PresetsDir"_s << u"<none>"_s << true;
