@@ -144,24 +144,10 @@ private slots:
         QCOMPARE(w.currentServiceFile(), m->serviceFile(fileName));
     }
 
-    // Each service comes back with the address option last chosen for it.
-    void optionPerService()
-    {
-        m->start();
-        QTest::mouseClick(option(1), Qt::LeftButton);
-        QCOMPARE(test::stored(u"OpenStreetMap address_option"_s), u"1"_s);
-        m->press(1);
-        QTest::mouseClick(option(2), Qt::LeftButton);
-        QCOMPARE(test::stored(u"OpenCorporates_option"_s), u"2"_s);
-        m->press(0);
-        QVERIFY(option(1)->isChecked());
-        m->press(1);
-        QVERIFY(option(2)->isChecked());
-    }
-
-    // The phone list shows the phone the phone row reads. Choosing Home shows the home address at once, and a
-    // phone picked in the list shows in the phone row; what was typed in the other rows stays.
-    void choicesShowAtOnce()
+    // The phone list shows the phone the phone row reads. Choosing Home shows the home address at once, and a phone
+    // picked in the list shows in the phone row and counts as choosing Custom; what was typed in the other rows
+    // stays. Each service comes back with the address option last chosen for it.
+    void choices()
     {
         m->putOnButton(0, u"Steered"_s, QString(test::kRows).replace(u"F7=0"_s, u"F7=888"_s));
         m->start();
@@ -176,8 +162,17 @@ private slots:
         phones->setCurrentIndex(fax);
         emit phones->activated(fax);
         QVERIFY(option(2)->isChecked());
+        QCOMPARE(test::stored(u"Steered_option"_s), u"2"_s);
         QCOMPARE(m->box(7)->text(), u"(514) 555-0100"_s);
         QCOMPARE(m->box(0)->text(), u"typed"_s);
+
+        m->press(1);
+        QTest::mouseClick(option(1), Qt::LeftButton);
+        QCOMPARE(test::stored(u"OpenCorporates_option"_s), u"1"_s);
+        m->press(0);
+        QVERIFY(option(2)->isChecked());
+        m->press(1);
+        QVERIFY(option(1)->isChecked());
     }
 
     void colours_data()
