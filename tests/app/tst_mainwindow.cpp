@@ -426,29 +426,36 @@ private slots:
     }
 
     // A message box belongs to the window that stays on top also while another program is active, so it shows
-    // above it.
+    // above it; a window of the program's own that does not stay on top is no owner for it, whatever their order.
     void messageBoxAboveTheWindow()
     {
         MainWindow& w = m->start();
-        QWidget other; // a window of the program's own that does not stay on top is no owner for the box
+        QWidget other;
         other.show();
-        QApplication::setActiveWindow(nullptr);
         Prompter::install(std::make_unique<MessageBoxPrompter>());
-        QWidget* parent = nullptr;
-        bool above = false;
-        QTimer answer;
-        answer.callOnTimeout([&] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                parent = box->parentWidget();
-                above = box->windowFlags().testFlag(Qt::WindowStaysOnTopHint);
-                box->accept();
-            }
-        });
-        answer.start(10);
-        Prompter::instance().message(u"Shown above"_s, Prompter::Information);
+        // Shows a box while no window of the program is active; answers its owner and whether it stays on top (or
+        // `other`, which is never the owner, when no box was seen).
+        const auto shownBox = [&other] {
+            std::pair<QWidget*, bool> owner{&other, false};
+            QTimer answer;
+            answer.callOnTimeout([&] {
+                if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                    owner = {box->parentWidget(), box->windowFlags().testFlag(Qt::WindowStaysOnTopHint)};
+                    box->accept();
+                }
+            });
+            answer.start(10);
+            QApplication::setActiveWindow(nullptr);
+            Prompter::instance().message(u"Shown above"_s, Prompter::Information);
+            return owner;
+        };
+        w.hide();
+        const auto withoutTheWindow = shownBox();
+        w.show();
+        const auto withTheWindow = shownBox();
         m->prompter = test::install<RecordingPrompter, Prompter>();
-        QCOMPARE(parent, &w);
-        QVERIFY(above);
+        QCOMPARE(withoutTheWindow.first, nullptr);
+        QCOMPARE(withTheWindow, (std::pair<QWidget*, bool>(&w, true)));
     }
 
     // What the Contact and Help menus do; Undo greyed out until there is something to undo is tst_grabwindow's.
