@@ -84,6 +84,7 @@ private slots:
     void secondInstance()
     {
         m->start();
+        m->window().move(300, 200);
         m->type(0, u"typed"_s);
         m->window().showMinimized();
 
@@ -95,6 +96,7 @@ private slots:
 
         QVERIFY(!SingleInstance().acquire());
         QTRY_VERIFY(!m->window().isMinimized());
+        QCOMPARE(m->window().pos(), QPoint(300, 200));
         QCOMPARE(m->box(0)->text(), u"typed"_s);
         m->host.host.moveTo(m->host.ids[1]);
         QTRY_COMPARE(m->box(0)->text(), u"Anne Martin"_s);
