@@ -1,9 +1,8 @@
 // The services panel of the main window and what hangs on the chosen service: the captions and layout, the boxes
-// a press captures, the request GO sends, and the colour scheme.
+// a press captures, the address and phone choices, and the colour scheme.
 
 #include "WindowFixture.h"
 
-#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLayout>
@@ -14,16 +13,12 @@
 using namespace corvalent;
 using namespace Qt::StringLiterals;
 
-namespace {
-
-const QString kOwnRows = u"Base=2|F0=26|F1=25|F2=65|F3=67|F7=80|L7=User 1|L9="_s;
-
-} // namespace
-
 class TestServicesPanel : public QObject {
     Q_OBJECT
 
     std::unique_ptr<test::WindowFixture> m;
+
+    QRadioButton* option(int i) { return m->widget<QRadioButton>(u"optOption(%1)"_s.arg(i)); }
 
 private slots:
     void init() { m = std::make_unique<test::WindowFixture>(); }
@@ -40,14 +35,11 @@ private slots:
         QTest::addColumn<QStringList>("labels");
         QTest::addColumn<bool>("options");
         QTest::addColumn<bool>("phones");
-        const QStringList custom{u"Custom1"_s, u"Custom2"_s, u"Custom3"_s};
         QTest::newRow("address (Base 0)") << 0 << u"OpenStreetMap address"_s
                                           << QStringList{u"0=typed"_s, u"2=1500 Rue Peel"_s, u"7="_s}
-                                          << custom << true << false;
-        QTest::newRow("phone (Base 1)") << 1 << u"Own phone"_s << QStringList{u"0=typed"_s, u"7=Acme Ltée"_s}
-                                        << QStringList{u"Phone"_s, u"Custom2"_s, u"Custom3"_s} << false << true;
-        QTest::newRow("phone rows, longer captions")
-            << 2 << u"Area code lookup"_s << QStringList{u"0=typed"_s, u"2=1500 Rue Peel"_s}
+                                          << QStringList{u"Custom1"_s, u"Custom2"_s, u"Custom3"_s} << true << false;
+        QTest::newRow("phone (Base 1), longer captions")
+            << 2 << u"Area code lookup"_s << QStringList{u"0=typed"_s, u"2=1500 Rue Peel"_s, u"7=514"_s, u"8=555"_s}
             << QStringList{u"Area code"_s, u"Exchange"_s, u"Custom3"_s} << false << true;
         QTest::newRow("other (Base 2), own rows")
             << 3 << u"Own rows"_s
@@ -62,8 +54,7 @@ private slots:
         QFETCH(QStringList, labels);
         QFETCH(bool, options);
         QFETCH(bool, phones);
-        m->putOnButton(1, u"Own phone"_s, u"Base=1|F0=26|F7=25|L7=Phone"_s);
-        m->putOnButton(3, u"Own rows"_s, kOwnRows);
+        m->putOnButton(3, u"Own rows"_s, u"Base=2|F0=26|F1=25|F2=65|F3=67|F7=80|L7=User 1|L9="_s);
         MainWindow& w = m->start();
         // with the address service of button 0, which shows the address options
         const QSize size = w.size();
@@ -90,54 +81,42 @@ private slots:
         QVERIFY(close->geometry().top() - above->geometry().bottom() - 1 <= close->parentWidget()->layout()->spacing());
     }
 
-    // A button whose service is gone takes no press: the service, the stored button and the typed text stay.
+    // A button whose service is gone takes no press: the service and the stored button stay.
     void buttonWithoutService()
     {
         WriteKeyValue(u"Buttons"_s, u"4"_s, u"Not there"_s, SettingsFilePath());
         MainWindow& w = m->start();
-        m->type(0, u"typed"_s);
         m->press(3);
         QVERIFY(!m->serviceButton(3)->isChecked());
         QVERIFY(m->serviceButton(0)->isChecked());
         QCOMPARE(w.currentServiceFile(), m->serviceFile(test::kShippedButtons[0]));
         QCOMPARE(test::stored(u"Pressed"_s), u"<none>"_s);
-        QCOMPARE(m->box(0)->text(), u"typed"_s);
     }
 
     // The arrow beside a button opens the list of services on the current one. A click on a service puts it on the
-    // button, cut to fit with the whole name as a tooltip; a list left for another control, even one that takes no
-    // focus, goes away and puts nothing on the button.
+    // button, cut to fit with the whole name as a tooltip and stored with ~ for its dots; a list left for another
+    // control, even one that takes no focus, goes away and puts nothing on the button.
     void chooseFromList_data()
     {
-        QTest::addColumn<int>("button");
-        QTest::addColumn<QString>("name");     // of the service clicked; "": none
+        QTest::addColumn<QString>("name");     // of the service clicked; "": none, a caption is clicked instead
         QTest::addColumn<QString>("fileName"); // what Buttons then holds
         QTest::addColumn<QString>("caption");
-        QTest::addColumn<QString>("clicked");  // the control left for, when no service is clicked
-        QTest::newRow("long name cut on the button")
-            << 1 << u"Regional business registry search"_s << u"Regional business registry search"_s
-            << u"Regional business regi"_s << QString();
-        QTest::newRow("dots stored as ~") << 2 << u"maps.example v2.0"_s << u"maps~example v2~0"_s
-                                          << u"maps.example v2.0"_s << QString();
-        QTest::newRow("left for a box") << 1 << QString() << test::kShippedButtons[1] << test::kShippedButtons[1]
-                                        << u"txtField(5)"_s;
-        QTest::newRow("left for a caption") << 1 << QString() << test::kShippedButtons[1]
-                                            << test::kShippedButtons[1] << u"lblZip"_s;
+        QTest::newRow("long name with dots") << u"Regional.business registry search"_s
+                                             << u"Regional~business registry search"_s << u"Regional.business regi"_s;
+        QTest::newRow("left for a caption") << QString() << test::kShippedButtons[1] << test::kShippedButtons[1];
     }
     void chooseFromList()
     {
-        QFETCH(int, button);
         QFETCH(QString, name);
         QFETCH(QString, fileName);
         QFETCH(QString, caption);
-        QFETCH(QString, clicked);
         if (!name.isEmpty())
-            test::writeService(m->host.home, u"Name="_s + name + u"|URL=h/s?|Base=2|F0=26|F1=25|L7=Chosen"_s, fileName);
+            test::writeService(m->host.home, u"Name="_s + name + u"|URL=h/s?|Base=2|F0=26"_s, fileName);
         MainWindow& w = m->start();
         w.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&w));
-        auto list = m->widget<QListWidget>(u"lstServices(%1)"_s.arg(button));
-        auto arrow = m->widget<QToolButton>(u"chkdropdown(%1)"_s.arg(button));
+        auto list = m->widget<QListWidget>(u"lstServices(1)"_s);
+        auto arrow = m->widget<QToolButton>(u"chkdropdown(1)"_s);
         QVERIFY(!list->isVisible());
         QTest::mouseClick(arrow, Qt::LeftButton);
         QTRY_VERIFY(list->hasFocus());
@@ -145,7 +124,7 @@ private slots:
         QCOMPARE(list->count(), name.isEmpty() ? 6 : 7); // the six shipped services, and the test's own
         QCOMPARE(list->currentItem()->text(), test::kShippedButtons[0]);
         if (name.isEmpty()) {
-            QTest::mouseClick(m->widget(clicked), Qt::LeftButton);
+            QTest::mouseClick(m->widget(u"lblZip"_s), Qt::LeftButton);
         } else {
             const QList<QListWidgetItem*> found = list->findItems(name, Qt::MatchExactly);
             QCOMPARE(found.size(), 1);
@@ -155,122 +134,45 @@ private slots:
         }
         QTRY_VERIFY(!list->isVisible());
         QVERIFY(!arrow->isChecked());
-        QCOMPARE(GetKeyValue(u"Buttons"_s, QString::number(button + 1), {}, {}, {}, SettingsFilePath()), fileName);
-        QCOMPARE(m->serviceButton(button)->text(), caption);
-        QCOMPARE(m->serviceButton(button)->isChecked(), !name.isEmpty());
+        QCOMPARE(GetKeyValue(u"Buttons"_s, u"2"_s, {}, {}, {}, SettingsFilePath()), fileName);
+        QCOMPARE(m->serviceButton(1)->text(), caption);
+        QCOMPARE(m->serviceButton(1)->isChecked(), !name.isEmpty());
         QCOMPARE(m->serviceButton(0)->isChecked(), name.isEmpty());
         if (name.isEmpty())
             return;
-        QCOMPARE(m->serviceButton(button)->toolTip().startsWith(name + u'\n'), caption != name);
+        QVERIFY(m->serviceButton(1)->toolTip().startsWith(name + u'\n'));
         QCOMPARE(w.currentServiceFile(), m->serviceFile(fileName));
-        QCOMPARE(test::stored(u"Pressed"_s), QString::number(button));
-        QCOMPARE(m->widget<QLabel>(u"lblField(7)"_s)->text(), u"Chosen"_s);
     }
 
-    // The phone list shows the phone the rows read: Business's own phone until another one is picked.
-    void phoneListShowsThePhoneUsed()
-    {
-        m->start();
-        m->press(2); // Area code lookup: phone-based, the area code and exchange in rows 7 and 8
-        auto phones = m->widget<QComboBox>(u"cboPhone"_s);
-        QVERIFY(phones->isVisible());
-        QCOMPARE(phones->currentData().toInt(), 35);
-        QCOMPARE(m->boxes().mid(7, 2), QStringList({u"514"_s, u"555"_s}));
-        const int home = phones->findData(37);
-        phones->setCurrentIndex(home);
-        emit phones->activated(home);
-        QCOMPARE(m->boxes().mid(7, 2), QStringList({u"450"_s, u"555"_s}));
-    }
-
-    // With Custom restored at start-up, the phone rows read the phone the list shows, not a default of their own.
-    void startupCustomReadsTheListedPhone()
-    {
-        SaveSetting(u"Option"_s, u"2"_s);
-        SaveSetting(u"Pressed"_s, u"2"_s);
-        m->start();
-        auto phones = m->widget<QComboBox>(u"cboPhone"_s);
-        QCOMPARE(phones->currentData().toInt(), 37);
-        QCOMPARE(m->box(7)->text(), u"450"_s);
-    }
-
-    // Each service comes back with the address option last chosen for it.
-    void optionPerService()
-    {
-        m->start();
-        auto option = [&](int i) { return m->widget<QRadioButton>(u"optOption(%1)"_s.arg(i)); };
-        QTest::mouseClick(option(1), Qt::LeftButton);
-        QCOMPARE(test::stored(u"OpenStreetMap address_option"_s), u"1"_s);
-        m->press(1);
-        QTest::mouseClick(option(2), Qt::LeftButton);
-        QCOMPARE(test::stored(u"OpenCorporates_option"_s), u"2"_s);
-        m->press(0);
-        QVERIFY(option(1)->isChecked());
-        m->press(1);
-        QVERIFY(option(2)->isChecked());
-    }
-
-    // Choosing Home shows the home address at once, and a phone picked in the list shows in the phone row; what
-    // was typed in the other rows stays.
-    void choicesShowAtOnce()
+    // The phone list shows the phone the phone row reads. Choosing Home shows the home address at once, and a phone
+    // picked in the list shows in the phone row and counts as choosing Custom; what was typed in the other rows
+    // stays. Each service comes back with the address option last chosen for it.
+    void choices()
     {
         m->putOnButton(0, u"Steered"_s, QString(test::kRows).replace(u"F7=0"_s, u"F7=888"_s));
         m->start();
-        m->type(0, u"typed"_s);
-        QTest::mouseClick(m->widget<QRadioButton>(u"optOption(1)"_s), Qt::LeftButton);
-        QCOMPARE(m->boxes().mid(0, 7),
-                 QStringList({u"typed"_s, u"Acme Ltée"_s, u"12B Main St"_s, u"Laval"_s, u"QC"_s, u"H7A 1A1"_s,
-                              u"Home Canada"_s}));
-        QCOMPARE(m->box(7)->text(), u"(450) 555-0111"_s); // Home's phone
-
         auto phones = m->widget<QComboBox>(u"cboPhone"_s);
+        QCOMPARE(phones->currentData().toInt(), 35);
+        QCOMPARE(m->box(7)->text(), u"(514) 555-0199"_s);
+        m->type(0, u"typed"_s);
+        QTest::mouseClick(option(1), Qt::LeftButton);
+        QCOMPARE(m->boxes().mid(0, 8), QStringList({u"typed"_s, u"Acme Ltée"_s, u"12B Main St"_s, u"Laval"_s, u"QC"_s,
+                                                    u"H7A 1A1"_s, u"Home Canada"_s, u"(450) 555-0111"_s}));
         const int fax = phones->findData(38);
-        QVERIFY(fax >= 0);
         phones->setCurrentIndex(fax);
         emit phones->activated(fax);
-        QVERIFY(m->widget<QRadioButton>(u"optOption(2)"_s)->isChecked());
+        QVERIFY(option(2)->isChecked());
+        QCOMPARE(test::stored(u"Steered_option"_s), u"2"_s);
         QCOMPARE(m->box(7)->text(), u"(514) 555-0100"_s);
         QCOMPARE(m->box(0)->text(), u"typed"_s);
-    }
 
-    // GO sends the boxes as they stand and closes the window unless it is kept open; how the request is built
-    // from a service and the messages of GO are tst_go's.
-    void go_data()
-    {
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<bool>("keepOpen");
-        QTest::addColumn<QString>("opened"); // "": nothing
-        QTest::addColumn<QString>("message");
-        const QString find = u"URL=h/find.asp?|V0=name|V3=city|V5=&pc"_s;
-        const QString typed = u"http://h/find.asp?name=Jean Tremblay&city=Quebec&pc=G1R 4P5"_s;
-        QTest::newRow("boxes as edited") << find << false << typed << QString();
-        QTest::newRow("kept open") << find << true << typed << QString();
-        QTest::newRow("no URL") << u"URL=|V0=name"_s << false << QString()
-                                << u"No URL has been specified for this service!"_s;
-    }
-    void go()
-    {
-        QFETCH(QString, keys);
-        QFETCH(bool, keepOpen);
-        QFETCH(QString, opened);
-        QFETCH(QString, message);
-        m->putOnButton(3, u"Request"_s, u"Base=2|"_s + test::kRows + u"|"_s + keys);
-        MainWindow& w = m->start();
-        m->press(3);
-        m->type(3, u"Québec"_s);
-        m->type(5, u"G1R 4P5"_s);
-        if (keepOpen)
-            QTest::mouseClick(m->widget<QCheckBox>(u"chkClose"_s), Qt::LeftButton);
-        QSignalSpy unloaded(&w, &MainWindow::unloaded);
-        QTest::mouseClick(m->widget<QPushButton>(u"cmdGO"_s), Qt::LeftButton);
-
-        QStringList targets;
-        for (const RecordingLauncher::Opened& o : m->launcher->opened())
-            targets << o.target;
-        QCOMPARE(targets, opened.isEmpty() ? QStringList() : QStringList{opened});
-        QCOMPARE(m->prompter->texts(), message.isEmpty() ? QStringList() : QStringList{message});
-        const bool closes = !opened.isEmpty() && !keepOpen;
-        QCOMPARE(w.isVisible(), !closes);
-        QCOMPARE(unloaded.count(), closes ? 1 : 0);
+        m->press(1);
+        QTest::mouseClick(option(1), Qt::LeftButton);
+        QCOMPARE(test::stored(u"OpenCorporates_option"_s), u"1"_s);
+        m->press(0);
+        QVERIFY(option(2)->isChecked());
+        m->press(1);
+        QVERIFY(option(1)->isChecked());
     }
 
     void colours_data()
@@ -278,7 +180,6 @@ private slots:
         QTest::addColumn<QString>("stored"); // "ColorStandard"; null: none stored
         QTest::addColumn<bool>("standard");
         QTest::newRow("none stored: 1") << QString() << true;
-        QTest::newRow("0") << u"0"_s << false;
         QTest::newRow("text") << u"abc"_s << false;
     }
     void colours()

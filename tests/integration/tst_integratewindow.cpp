@@ -39,8 +39,7 @@ private slots:
     void init() { m = std::make_unique<test::WindowFixture>(); }
     void cleanup() { m.reset(); }
 
-    // The boxes show what the contact manager holds; the first box checked adds the program with the eight
-    // values, then each box adds or removes its button or entry in its view.
+    // The boxes show what the contact manager holds, and each box adds or removes its button or entry in its view.
     void boxes()
     {
         store().addAuxCommand({u"Corvalent"_s, u"/old/corvalent"_s, u"/old"_s, u"Corvalent"_s, {}, {}, {}, 1});
@@ -57,60 +56,31 @@ private slots:
         for (int i = 0; i < 6; ++i)
             QCOMPARE(w->findChild<QLabel*>(u"lblScreen(%1)"_s.arg(i))->text(), views[i]);
 
-        QTest::mouseClick(box(w, 1), Qt::LeftButton);            // toolbar, view 2
+        QTest::mouseClick(box(w, 7), Qt::LeftButton);            // Tools menu, view 2
         QTest::mouseClick(box(w, 9), Qt::LeftButton);            // Tools menu, view 4: cleared
         QTest::mouseClick(w->findChild<QLabel*>(u"lblScreen(4)"_s), Qt::LeftButton); // toolbar, view 5
-        QCOMPARE(store().toolbarCommands(2), QStringList{u"Corvalent"_s});
-        QCOMPARE(store().toolbarCommands(5), QStringList{u"Corvalent"_s});
+        QVERIFY(store().auxCommandInToolsMenu(u"Corvalent"_s, 2));
         QVERIFY(!store().auxCommandInToolsMenu(u"Corvalent"_s, 4));
+        QCOMPARE(store().toolbarCommands(5), QStringList{u"Corvalent"_s});
         QVERIFY(box(w, 4)->isChecked());
         // Known already: the command stays as it was.
         QCOMPARE(store().auxCommand(u"Corvalent"_s)->program, u"/old/corvalent"_s);
         QVERIFY(m->prompter->prompts().isEmpty());
     }
 
-    void addsItselfTheFirstTime()
-    {
-        MainWindow& main = m->start();
-        QPointer<IntegrateWindow> w = open(main);
-        QTest::mouseClick(box(w, 6), Qt::LeftButton);
-        const auto command = store().auxCommand(u"Corvalent"_s);
-        QVERIFY(command);
-        QCOMPARE(command->program, QCoreApplication::applicationFilePath());
-        QCOMPARE(command->folder, QCoreApplication::applicationDirPath());
-        QCOMPARE(command->title, u"Corvalent"_s);
-        QCOMPARE(command->hint, u"click to launch Corvalent"_s);
-        QVERIFY(command->smallIcon.endsWith(u"/share/icons/hicolor/16x16/apps/corvalent.png"_s));
-        QVERIFY(command->largeIcon.endsWith(u"/share/icons/hicolor/32x32/apps/corvalent.png"_s));
-        QCOMPARE(command->flags, 1);
-        QCOMPARE(store().auxCommandInToolsMenu(u"Corvalent"_s, 1), true);
-    }
-
-    // Close after a change: the failure is told again, or the restart is offered; Yes closes the main window with
-    // the restart set, which closes the contact manager, opens its database again and ends the program.
+    // The first box checked adds the program with the eight values. Close after a change tells the failure again,
+    // or offers the restart; Yes closes the main window with the restart set, which closes the contact manager,
+    // opens its database again and ends the program. No is tst_mainwindow's hostNamedTexts.
     void close_data()
     {
-        const QString restart =
-            u"You need to re-start Corvalent Contacts for the changes to take effect!\r\nDo you want to re-start it now?"_s;
         QTest::addColumn<bool>("addFails");
-        QTest::addColumn<int>("answer");
-        QTest::addColumn<QStringList>("prompts");
-        QTest::addColumn<bool>("restarted");
-        QTest::newRow("added, restart now") << false << int(Prompter::Yes) << QStringList{restart}
-                                            << true;
-        QTest::newRow("added, restart later") << false << int(Prompter::No)
-                                              << QStringList{restart} << false;
-        QTest::newRow("adding failed") << true << int(Prompter::Yes)
-                                       << QStringList{IntegrateWindow::kFailureMessage, IntegrateWindow::kFailureMessage}
-                                       << false;
+        QTest::newRow("added, restart now") << false;
+        QTest::newRow("adding failed") << true;
     }
 
     void close()
     {
         QFETCH(bool, addFails);
-        QFETCH(int, answer);
-        QFETCH(QStringList, prompts);
-        QFETCH(bool, restarted);
         if (addFails)
             m->host.backend.answers.insert(u"AddAuxCommand"_s, qint32(1));
         MainWindow& main = m->start();
@@ -119,18 +89,32 @@ private slots:
         QSignalSpy ended(&main.follower(), &HostFollower::endProgram);
         QPointer<IntegrateWindow> w = open(main);
         QTest::mouseClick(box(w, 0), Qt::LeftButton);
-        m->prompter->scriptAnswer(answer);
+        if (!addFails) {
+            const auto command = store().auxCommand(u"Corvalent"_s);
+            QVERIFY(command);
+            QCOMPARE(command->program, QCoreApplication::applicationFilePath());
+            QCOMPARE(command->folder, QCoreApplication::applicationDirPath());
+            QCOMPARE(command->title, u"Corvalent"_s);
+            QCOMPARE(command->hint, u"click to launch Corvalent"_s);
+            QVERIFY(command->smallIcon.endsWith(u"/share/icons/hicolor/16x16/apps/corvalent.png"_s));
+            QVERIFY(command->largeIcon.endsWith(u"/share/icons/hicolor/32x32/apps/corvalent.png"_s));
+            QCOMPARE(command->flags, 1);
+            QVERIFY(store().toolbarCommands(1).contains(u"Corvalent"_s));
+        }
+        m->prompter->scriptAnswer(Prompter::Yes);
         QTest::mouseClick(w->findChild<QPushButton*>(u"cmdOK"_s), Qt::LeftButton);
         QTRY_VERIFY(w.isNull());
-        QCOMPARE(m->prompter->texts(), prompts);
-        if (!addFails)
-            QCOMPARE(m->prompter->prompts().last().style, int(Prompter::YesNo));
-        QCOMPARE(main.isVisible(), !restarted);
-        QCOMPARE(main.follower().RestartPending, restarted);
-        QCOMPARE(closeAsked.count(), restarted ? 1 : 0);
-        QCOMPARE(m->launcher->opened().size(), restarted ? 1 : 0);
-        if (!restarted)
+        QCOMPARE(main.isVisible(), addFails);
+        QCOMPARE(main.follower().RestartPending, !addFails);
+        QCOMPARE(closeAsked.count(), addFails ? 0 : 1);
+        if (addFails) {
+            QCOMPARE(m->prompter->texts(), QStringList(2, IntegrateWindow::kFailureMessage));
+            QVERIFY(m->launcher->opened().isEmpty());
             return;
+        }
+        QCOMPARE(m->prompter->prompts().size(), 1); // the restart question, whose text is tst_mainwindow's
+        QCOMPARE(m->prompter->prompts()[0].style, int(Prompter::YesNo));
+        QCOMPARE(m->launcher->opened().size(), 1);
         QCOMPARE(m->launcher->opened().first().target, database);
         // The program ends once the contact manager has had time to close.
         QCOMPARE(ended.count(), 0);

@@ -1,5 +1,4 @@
 #include "prefs/Preferences.h"
-#include "prefs/SettingsFile.h"
 
 #include "support/TestHome.h"
 
@@ -14,6 +13,7 @@ class TestPreferences : public QObject {
     corvalent::test::TestHome m_home;
 
     // The store as other parts of the program and its older versions see it: its names are part of the contract.
+    // Where the settings file and the Presets folder are kept is tst_preferenceswindow's.
     static QSettings rawStore() { return {QSettings::NativeFormat, QSettings::UserScope, "Corvalent", "Corvalent"}; }
 
 private slots:
@@ -22,7 +22,6 @@ private slots:
     void roundTrip_data()
     {
         QTest::addColumn<QString>("value");
-        QTest::newRow("plain") << "CA";
         QTest::newRow("empty, not the default") << "";
         QTest::newRow("comma list stays text") << "1,2,3";
     }
@@ -33,22 +32,6 @@ private slots:
         SaveSetting(QStringLiteral("Country"), value);
         QCOMPARE(GetSetting(QStringLiteral("Country"), QStringLiteral("<default>")), value);
         QCOMPARE(rawStore().value(QStringLiteral("Settings/Country")).toString(), value);
-    }
-
-    // Browse stores the chosen file under SettingFilePath, which no reader looks at: both names stay exactly so.
-    void settingsFileAndPresets()
-    {
-        QCOMPARE(PresetsDir(), m_home.file(QStringLiteral("Presets")));
-        SavePresetsDir(QStringLiteral("/data/My Services"));
-        QCOMPARE(PresetsDir(), QStringLiteral("/data/My Services"));
-
-        SaveBrowsedSettingsFile(QStringLiteral("/elsewhere/Mine.ini"));
-        QCOMPARE(rawStore().value(QStringLiteral("Settings/SettingFilePath")).toString(),
-                 QStringLiteral("/elsewhere/Mine.ini"));
-        QCOMPARE(SettingsFilePath(), m_home.file(QStringLiteral("Settings.ini")));
-
-        SaveSetting(QStringLiteral("SettingsFilePath"), QStringLiteral("/shared/Team.ini"));
-        QCOMPARE(SettingsFilePath(), QStringLiteral("/shared/Team.ini"));
     }
 };
 
