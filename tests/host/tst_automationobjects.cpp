@@ -30,7 +30,6 @@ const QVariantList fields = then(then({}, "Contact"), "Fields");
 const QVariantList view = then(then({}, "Views"), "Create", {1, u"CV"_s});
 const QVariantList list = then(then({}, "Views"), "Create", {2, u"CV"_s});
 const QVariantList grid = then(list, "GetGrid");
-const QVariantList active = then(then({}, "Views"), "GetActive");
 const QVariantList addCommand = then({}, "AddAuxCommand", {u"Corvalent"_s, u"/opt/corvalent"_s, u"/opt"_s,
                                                          u"Corvalent"_s, u"click"_s, u"s.ico"_s, u"l.ico"_s, 1});
 const QVariantList placed = then(addCommand, "AddAuxCommandToToolbar", {u"Corvalent"_s, 2});
@@ -99,7 +98,7 @@ private slots:
         QTest::addColumn<QVariantList>("chain");
         QTest::addColumn<QVariant>("expected"); // compared with its type
         QTest::addColumn<int>("error");
-        QTest::addColumn<QString>("state"); // "closed": no database open; "list": the contact list is active
+        QTest::addColumn<QString>("state"); // "closed": no database open
 
         answers("Count: real fields only", db, then(fields, "Count"), 28);
         answers("Label by ID text", db, then(fields, "Label", {u"35"_s}), u"Phone"_s);
@@ -116,8 +115,6 @@ private slots:
                 u"+1 (514) 555-0199"_s);
         answers("contact view Type", app, then(view, "Type"), 2);
         answers("contact list Type", app, then(list, "Type"), 3);
-        answers("active contact view Type", app, then(active, "Type"), 2);
-        answers("active contact list Type", app, then(active, "Type"), 3, "list");
         answers("GetField with a numeric text", app, then(view, "GetField", {u"26"_s}), u"Me Myself"_s);
         answers("SetField, then GetField", app, then(then(view, "SetField", {30, u"Montréal"_s}), "GetField", {30}),
                 u"Montréal"_s);
@@ -132,12 +129,9 @@ private slots:
         answers("GetFields of no real field", app, then(view, "GetFields", {0}), QStringList{QString()});
         answers("GetUserID", app, then({}, "GetUserID"), u"1"_s);
         answers("OpenFile of the open database", app, then({}, "OpenFile", {u""_s}), {});
-        answers("AddAuxCommand", aux, addCommand, 0);
         answers("placed on the toolbar", aux, then(placed, "AuxCommandExistsInToolbar", {u"corvalent"_s, 2}), true);
         answers("the toolbar is not the menu", aux, then(placed, "AuxCommandExistsInToolsMenu", {u"Corvalent"_s, 2}),
                 false);
-        answers("IsDatabaseOpen", events, then({}, "IsDatabaseOpen", {0}), 1);
-        answers("IsRunning", events, then({}, "IsRunning"), true);
         answers("IsDatabaseOpen without one", events, then({}, "IsDatabaseOpen", {0}), 0, "closed");
         answers("no database name without one", app, then({}, "GetOpenDBName"), QString(), "closed");
         // Hostile calls: each an error with its number, nothing more.
@@ -188,8 +182,6 @@ private slots:
         QFETCH(QString, state);
         if (state == "closed")
             m_host->closeDatabase();
-        else if (state == "list")
-            m_host->setActiveView(ContactHost::View::ContactList);
         QVariant result;
         int thrown = 0;
         try {

@@ -19,7 +19,7 @@ class TestContactHost : public QObject {
     Q_OBJECT
 
     test::TestHome m_home;
-    QString m_path, m_otherPath;
+    QString m_path;
     std::unique_ptr<ContactHost> m_host;
 
     // Every signal of the host, each as "Name" or "OnName(contact ID)", sorted for comparing.
@@ -65,7 +65,6 @@ class TestContactHost : public QObject {
                 {u"lookupText"_s, [&] { m_host->lookupText(arg); }},
                 {u"lookupAll"_s, [&] { m_host->lookupAll(); }},
                 {u"closeDatabase"_s, [&] { m_host->closeDatabase(); }},
-                {u"userWantsToClose"_s, [&] { m_host->userWantsToClose(); }},
                 {u"open"_s, [&] { m_host->openDatabase(m_home.file(arg)); }},
                 {u"new"_s, [&] { m_host->newDatabase(m_home.file(arg)); }},
                 {u"command"_s, [&] { m_host->command(arg.toInt()); }},
@@ -80,20 +79,15 @@ private slots:
     void initTestCase()
     {
         m_path = m_home.file(u"contacts.cvdb"_s);
-        m_otherPath = m_home.file(u"other.cvdb"_s);
         m_home.write(u"garbage.cvdb"_s, "not a database");
+        ContactStore().create(m_home.file(u"other.cvdb"_s));
         ContactStore store;
         store.create(m_path);
         // IDs are handed out in order, so the tables can name the contacts 1 (My Record) to 4.
-        for (const auto& [name, city] : {std::pair{u"Anne"_s, u"Montréal"_s}, {u"Bob"_s, u"Toronto"_s},
-                                         {u"Chloé"_s, u"Montréal"_s}}) {
-            const qint64 id = store.addContact();
-            store.setFieldText(id, 26, name);
-            store.setFieldText(id, 30, city);
-        }
+        for (const QString& city : {u"Montréal"_s, u"Toronto"_s, u"Montréal"_s})
+            store.setFieldText(store.addContact(), 30, city);
         QCOMPARE(store.allContactIds(), (QVector<qint64>{1, 2, 3, 4}));
         store.close();
-        ContactStore().create(m_otherPath);
     }
     void init()
     {
@@ -113,12 +107,9 @@ private slots:
         QTest::addColumn<int>("error");
         const QStringList none, lookupChange{"OnContactLookupChange"};
         QTest::newRow("move to another row") << "moveToRow 2" << QStringList{"OnContactPosChange(3)"} << 2 << 0;
-        QTest::newRow("move by ID") << "moveTo 4" << QStringList{"OnContactPosChange(4)"} << 3 << 0;
         QTest::newRow("move by ID to the current") << "moveTo 1" << none << 0 << 0;
         QTest::newRow("next") << "next" << QStringList{"OnContactPosChange(2)"} << 1 << 0;
         QTest::newRow("previous at the first") << "previous" << none << 0 << 0;
-        QTest::newRow("set a field") << "setField 26" << QStringList{"OnContactChange(1)"} << 0 << 0;
-        QTest::newRow("add a contact") << "addNewContact" << lookupChange << 4 << 0;
         QTest::newRow("lookup") << "lookupText montréal" << lookupChange << 0 << 0;
         QTest::newRow("lookup without a match") << "lookupText nobody" << lookupChange << -1 << 0;
         QTest::newRow("all contacts keep the current") << "moveToRow 2;lookupAll" << lookupChange << 2 << 0;
@@ -126,8 +117,6 @@ private slots:
             << "lookupText toronto;moveTo 2" << QStringList{"OnContactLookupChange", "OnContactPosChange(2)"} << 1 << 0;
         QTest::newRow("My Record") << "moveToRow 3;goToMyRecord" << QStringList{"OnContactPosChange(1)"} << 0 << 0;
         QTest::newRow("close a closed database") << "closeDatabase;closeDatabase" << none << -1 << 0;
-        QTest::newRow("the user closes") << "userWantsToClose"
-                                         << QStringList{"OnActUserWantsToClose", "OnDatabaseClose"} << -1 << 0;
         QTest::newRow("open another database")
             << "open other.cvdb" << QStringList{"OnDatabaseClose", "databaseOpened", "OnContactLookupChange"} << 0 << 0;
         // Commands and views reach only the window.

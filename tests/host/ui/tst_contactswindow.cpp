@@ -53,22 +53,16 @@ class TestContactsWindow : public QObject {
         return std::any_of(actions.begin(), actions.end(),
                            [&](QAction* a) { return a->objectName().endsWith(u':' + command); });
     }
-    void addAuxCommand(const QString& name, const QString& program, int toolbarView, int menuView)
-    {
-        store().addAuxCommand({name, program, m_home.path(), name, {}, {}, {}, 0});
-        store().setAuxCommandInToolbar(name, toolbarView, true);
-        store().setAuxCommandInToolsMenu(name, menuView, true);
-    }
 
 private slots:
     void initTestCase()
     {
-        auto prompter = std::make_unique<RecordingPrompter>();
-        m_prompter = prompter.get();
-        Prompter::install(std::move(prompter));
+        m_prompter = new RecordingPrompter;
+        Prompter::install(std::unique_ptr<Prompter>(m_prompter));
     }
     void init()
     {
+        m_window.reset(); // before the host it shows
         m_path = m_home.file(u"sample%1.cvdb"_s.arg(++m_databases));
         writeSampleDatabase(m_path);
         m_host = std::make_unique<ContactHost>();
@@ -77,11 +71,6 @@ private slots:
         m_window->show();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
         m_prompter->clear();
-    }
-    void cleanup()
-    {
-        m_window.reset();
-        m_host.reset();
     }
 
     void navigationMovesAndShowsTheContact_data()
@@ -223,8 +212,12 @@ private slots:
         const QString bar = u"toolBarCommands"_s, menu = u"menuTools"_s;
         const QString program = m_home.write(u"bin/where.sh"_s, "#!/bin/sh\npwd > where.txt\n");
         QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        addAuxCommand(u"Corvalent"_s, program, 1, 1);
-        addAuxCommand(u"Calendar Tool"_s, u"/bin/true"_s, 5, 5);
+        for (const auto& [name, path, view] :
+             {std::tuple{u"Corvalent"_s, program, 1}, {u"Calendar Tool"_s, u"/bin/true"_s, 5}}) {
+            store().addAuxCommand({name, path, m_home.path(), name, {}, {}, {}, 0});
+            store().setAuxCommandInToolbar(name, view, true);
+            store().setAuxCommandInToolsMenu(name, view, true);
+        }
         m_host->command(104);
         QVERIFY(shows(bar, u"Corvalent"_s) && shows(menu, u"Corvalent"_s));
         QVERIFY(!shows(bar, u"Calendar Tool"_s) && !shows(menu, u"Calendar Tool"_s));
@@ -235,7 +228,6 @@ private slots:
         store().setAuxCommandInToolsMenu(u"Corvalent"_s, 1, false);
         m_host->command(104);
         QVERIFY(!shows(menu, u"Corvalent"_s) && shows(bar, u"Corvalent"_s));
-
         action(u"toolbarCommand:Corvalent"_s)->trigger();
         QFile record(QDir(m_home.path()).filePath(u"where.txt"_s));
         QTRY_VERIFY_WITH_TIMEOUT(record.size() > 0, 10000);
@@ -265,7 +257,6 @@ private slots:
             m_home.write(QFileInfo(path).fileName(), content);
         const QString title = m_window->windowTitle();
         const int before = rows();
-
         QCOMPARE(create ? m_window->newDatabaseFile(path) : m_window->openDatabaseFile(path), opens);
         QCOMPARE(m_host->store().path(), opens ? path : m_path);
         QCOMPARE(m_window->windowTitle(), opens ? u"Corvalent Contacts - "_s + QFileInfo(path).fileName() : title);
