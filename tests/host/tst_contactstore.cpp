@@ -92,26 +92,23 @@ private slots:
 
     void createsOpensAndKeepsItsContacts()
     {
-        const QString path = m_store.path();
+        const QString path = m_store.path(), today = QDate::currentDate().toString(Qt::ISODate);
         const qint64 myRecord = m_store.myRecordId();
-        QCOMPARE(m_store.allContactIds(), (QVector<qint64>{myRecord, m_id}));
-        QCOMPARE(m_store.fieldText(m_id, 78), QDate::currentDate().toString(Qt::ISODate));
+        QCOMPARE(m_store.fieldText(m_id, 78), today);
         m_store.setFieldText(m_id, 26, u"Hélène Côté"_s);
         m_store.close();
         QCOMPARE(test::raised([&] { m_store.contactCount(); }).number(), 440);
         rawSql(path, {u"UPDATE contacts SET f79 = '2001-01-01'"_s});
-
-        ContactStore store;
-        store.open(path);
-        QCOMPARE(store.myRecordId(), myRecord);
-        QCOMPARE(store.contactCount(), 2);
-        QCOMPARE(store.fieldText(m_id, 26), u"Hélène Côté"_s);
-        QCOMPARE(store.fieldText(m_id, 79), u"2001-01-01"_s);
-        store.setFieldText(m_id, 30, u"Québec"_s);
-        QCOMPARE(store.fieldText(m_id, 79), QDate::currentDate().toString(Qt::ISODate)); // the edit date follows edits
-        QCOMPARE(test::raised([&] { store.fieldText(m_id + 100, 26); }).number(), 440);
-        QCOMPARE(test::raised([&] { store.setFieldText(m_id + 100, 26, u"nobody"_s); }).number(), 440);
-        QCOMPARE(test::raised([&] { store.setPhone(m_id, 35, u"1x"_s, u"555"_s); }).number(), 5);
+        m_store.open(path);
+        QCOMPARE(m_store.allContactIds(), (QVector<qint64>{myRecord, m_id}));
+        QCOMPARE(m_store.myRecordId(), myRecord);
+        QCOMPARE(m_store.fieldText(m_id, 26), u"Hélène Côté"_s);
+        QCOMPARE(m_store.fieldText(m_id, 79), u"2001-01-01"_s);
+        m_store.setFieldText(m_id, 30, u"Québec"_s);
+        QCOMPARE(m_store.fieldText(m_id, 79), today); // the edit date follows edits
+        QCOMPARE(test::raised([&] { m_store.fieldText(m_id + 100, 26); }).number(), 440);
+        QCOMPARE(test::raised([&] { m_store.setFieldText(m_id + 100, 26, u"nobody"_s); }).number(), 440);
+        QCOMPARE(test::raised([&] { m_store.setPhone(m_id, 35, u"1x"_s, u"555"_s); }).number(), 5);
     }
 
     void fieldWrites_data()
@@ -177,25 +174,20 @@ private slots:
     // A database written before lookups had an index gets one when it is opened, and keeps it in step.
     void olderDatabaseGetsTheIndex()
     {
-        const QString path = newPath();
-        {
-            ContactStore store;
-            store.create(path);
-            store.setFieldText(store.addContact(), 30, u"Montréal"_s);
-        }
+        const QString path = m_store.path();
+        m_store.setFieldText(m_id, 30, u"Montréal"_s);
+        m_store.close();
         rawSql(path, {u"DROP TRIGGER lookup_index_add"_s, u"DROP TRIGGER lookup_index_remove"_s,
                       u"DROP TRIGGER lookup_index_change"_s, u"DROP TABLE lookup_index"_s});
-        ContactStore older;
-        older.open(path);
-        const QVector<qint64> found = older.lookup(u"MONTRÉAL"_s);
-        QCOMPARE(found.size(), 1);
-        older.setFieldText(found.first(), 30, u"Laval"_s);
-        QCOMPARE(older.lookup(u"MONTRÉAL"_s), QVector<qint64>{});
-        QCOMPARE(older.lookup(u"laval"_s), found);
+        m_store.open(path);
+        QCOMPARE(m_store.lookup(u"MONTRÉAL"_s), QVector<qint64>{m_id});
+        m_store.setFieldText(m_id, 30, u"Laval"_s);
+        QCOMPARE(m_store.lookup(u"MONTRÉAL"_s), QVector<qint64>{});
+        QCOMPARE(m_store.lookup(u"laval"_s), QVector<qint64>{m_id});
         // An index that another program takes away while the database is open fails the lookup, which never
         // passes for "nothing found".
         rawSql(path, {u"DROP TABLE lookup_index"_s});
-        const Error refused = test::raised([&] { older.lookup(u"laval"_s); });
+        const Error refused = test::raised([&] { m_store.lookup(u"laval"_s); });
         QCOMPARE(refused.number(), 440);
         QVERIFY2(refused.description().contains(u"no such table: lookup_index"_s), qPrintable(refused.description()));
     }
@@ -250,7 +242,6 @@ private slots:
         const QString sample = newPath();
         writeSampleDatabase(sample);
         m_store.open(sample);
-        QVERIFY(m_store.contactCount() >= 45 && m_store.contactCount() <= 60);
         // A contact with nothing but a name, written after fuller ones, has every other field empty.
         const QVector<qint64> kevin = m_store.lookup(u"Kevin"_s);
         QCOMPARE(kevin.size(), 1);
