@@ -211,7 +211,6 @@ private slots:
     {
         QVERIFY(m_host->createObject(u"actole.appobject"_s));
         QCOMPARE(test::raised([&] { m_host->createObject(u"ACTOLE.NOTHING"_s); }).number(), 429);
-        QCOMPARE(run(app, then({}, "GetOpenDBName")).toString(), m_host->store().path());
         const AutomationPtr control = m_host->createObject(events);
         auto* eventControl = dynamic_cast<EventControlObject*>(control.get());
         QVERIFY(eventControl && !eventControl->detached());

@@ -68,7 +68,6 @@ class TestContactHost : public QObject {
                 {u"open"_s, [&] { m_host->openDatabase(m_home.file(arg)); }},
                 {u"new"_s, [&] { m_host->newDatabase(m_home.file(arg)); }},
                 {u"command"_s, [&] { m_host->command(arg.toInt()); }},
-                {u"contactList"_s, [&] { m_host->setActiveView(ContactHost::View::ContactList); }},
             };
             QVERIFY2(steps.contains(name), qPrintable(step));
             steps.value(name)();
@@ -119,11 +118,6 @@ private slots:
         QTest::newRow("close a closed database") << "closeDatabase;closeDatabase" << none << -1 << 0;
         QTest::newRow("open another database")
             << "open other.cvdb" << QStringList{"OnDatabaseClose", "databaseOpened", "OnContactLookupChange"} << 0 << 0;
-        // Commands and views reach only the window.
-        QTest::newRow("command 104") << "command 104" << QStringList{"refreshRequested"} << 0 << 0;
-        QTest::newRow("command 150") << "command 150" << QStringList{"closeRequested"} << 0 << 0;
-        QTest::newRow("the contact list") << "contactList" << QStringList{"activeViewChanged"} << 0 << 0;
-        QTest::newRow("the active view again") << "contactList;contactList" << none << 0 << 0;
         QTest::newRow("row before the first") << "moveToRow -1" << none << 0 << 440;
         QTest::newRow("row past the last") << "moveToRow 4" << none << 0 << 440;
         QTest::newRow("contact that does not exist") << "moveTo 999" << none << 0 << 440;
