@@ -66,7 +66,6 @@ class TestContactHost : public QObject {
                 {u"lookupAll"_s, [&] { m_host->lookupAll(); }},
                 {u"closeDatabase"_s, [&] { m_host->closeDatabase(); }},
                 {u"open"_s, [&] { m_host->openDatabase(m_home.file(arg)); }},
-                {u"new"_s, [&] { m_host->newDatabase(m_home.file(arg)); }},
                 {u"command"_s, [&] { m_host->command(arg.toInt()); }},
             };
             QVERIFY2(steps.contains(name), qPrintable(step));
@@ -78,7 +77,6 @@ private slots:
     void initTestCase()
     {
         m_path = m_home.file(u"contacts.cvdb"_s);
-        m_home.write(u"garbage.cvdb"_s, "not a database");
         ContactStore().create(m_home.file(u"other.cvdb"_s));
         ContactStore store;
         store.create(m_path);
@@ -123,8 +121,6 @@ private slots:
         QTest::newRow("contact that does not exist") << "moveTo 999" << none << 0 << 440;
         QTest::newRow("read-only field") << "setField 78" << none << 0 << 440;
         QTest::newRow("unknown command") << "command 7" << none << 0 << 5;
-        QTest::newRow("a file that is no database") << "open garbage.cvdb" << none << 0 << 440;
-        QTest::newRow("a new database over a file") << "new other.cvdb" << none << 0 << 58;
         QTest::newRow("next without a database") << "closeDatabase;next" << none << -1 << 440;
         QTest::newRow("add without a database") << "closeDatabase;addNewContact" << none << -1 << 440;
         QTest::newRow("edit without a contact") << "lookupText nobody;setField 26" << none << -1 << 440;

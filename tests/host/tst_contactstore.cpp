@@ -109,6 +109,7 @@ private slots:
         QCOMPARE(test::raised([&] { m_store.fieldText(m_id + 100, 26); }).number(), 440);
         QCOMPARE(test::raised([&] { m_store.setFieldText(m_id + 100, 26, u"nobody"_s); }).number(), 440);
         QCOMPARE(test::raised([&] { m_store.setPhone(m_id, 35, u"1x"_s, u"555"_s); }).number(), 5);
+        QCOMPARE(test::raised([&] { ContactStore().create(path); }).number(), 58);
     }
 
     void fieldWrites_data()
