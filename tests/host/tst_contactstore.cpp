@@ -169,6 +169,15 @@ private slots:
         QTest::newRow("two letters") << "zO" << QVector<int>{2};
         QTest::newRow("one accented letter") << u"Ë"_s << QVector<int>{2};
     }
+    void lookupIgnoresCase()
+    {
+        QFETCH(QString, text);
+        QFETCH(QVector<int>, found);
+        QVector<qint64> expected;
+        for (int index : found)
+            expected << m_lookupIds.at(index);
+        QCOMPARE(m_lookupStore.lookup(text), expected);
+    }
 
     // A database written before lookups had an index gets one when it is opened, and keeps it in step.
     void olderDatabaseGetsTheIndex()
@@ -190,16 +199,6 @@ private slots:
         QCOMPARE(refused.number(), 440);
         QVERIFY2(refused.description().contains(u"no such table: lookup_index"_s), qPrintable(refused.description()));
     }
-    void lookupIgnoresCase()
-    {
-        QFETCH(QString, text);
-        QFETCH(QVector<int>, found);
-        QVector<qint64> expected;
-        for (int index : found)
-            expected << m_lookupIds.at(index);
-        QCOMPARE(m_lookupStore.lookup(text), expected);
-    }
-
     void auxCommandsAndPlacements()
     {
         m_store.addAuxCommand({u"Corvalent"_s, u"/opt/c/corvalent"_s, u"/opt/c"_s, u"Corvalent"_s, {}, {}, {}, 1});
