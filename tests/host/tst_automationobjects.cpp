@@ -132,7 +132,6 @@ private slots:
         refuses("too few arguments", app, then(grid, "GetField", {26}), 5);
         refuses("GetFields of nothing", app, then(view, "GetFields"), 5);
         refuses("GetFields of 257 fields", app, then(view, "GetFields", QVariantList(257, 26)), 5);
-        refuses("GetFields of a text", app, then(view, "GetFields", {26, u"Phone"_s}), 13);
         refuses("Label(35) is a position past the end", db, then(fields, "Label", {35}), 5);
         refuses("unknown field ID", db, then(fields, "Label", {u"999"_s}), 5);
         refuses("view type 3", app, then(then({}, "Views"), "Create", {3, u"CV"_s}), 5);
@@ -144,9 +143,7 @@ private slots:
         refuses("object for a number", db, then(fields, "Label", {stranger}), 13);
         refuses("object for text", app, then({}, "OpenFile", {stranger}), 13);
         refuses("text for a number", app, then(view, "GetField", {u"Phone"_s}), 13);
-        refuses("field ID that is no number", db, then(fields, "Type", {u"Phone"_s}), 13);
         refuses("a megabyte of digits", app, then(view, "GetField", {QString(1024 * 1024, u'7')}), 13);
-        refuses("GoTo a contact that does not exist", db, then(then({}, "Contact"), "GoTo", {u"999"_s}), 440);
         refuses("negative row", app, then(grid, "GetField", {26, -1}), 440);
         refuses("row past the lookup", app, then(grid, "GetField", {26, 2147483647}), 440);
         refuses("placing an unknown command", aux, then({}, "AddAuxCommandToToolsMenu", {u"Nobody"_s, 1}), 440);
