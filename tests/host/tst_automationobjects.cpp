@@ -132,6 +132,7 @@ private slots:
         refuses("too few arguments", app, then(grid, "GetField", {26}), 5);
         refuses("GetFields of nothing", app, then(view, "GetFields"), 5);
         refuses("GetFields of 257 fields", app, then(view, "GetFields", QVariantList(257, 26)), 5);
+        refuses("GetFields of a text", app, then(view, "GetFields", {26, u"Phone"_s}), 13);
         refuses("Label(35) is a position past the end", db, then(fields, "Label", {35}), 5);
         refuses("unknown field ID", db, then(fields, "Label", {u"999"_s}), 5);
         refuses("view type 3", app, then(then({}, "Views"), "Create", {3, u"CV"_s}), 5);
