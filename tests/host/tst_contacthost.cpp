@@ -19,7 +19,7 @@ class TestContactHost : public QObject {
     Q_OBJECT
 
     test::TestHome m_home;
-    QString m_path, m_otherPath;
+    QString m_path;
     std::unique_ptr<ContactHost> m_host;
 
     // Every signal of the host, each as "Name" or "OnName(contact ID)", sorted for comparing.
@@ -65,11 +65,8 @@ class TestContactHost : public QObject {
                 {u"lookupText"_s, [&] { m_host->lookupText(arg); }},
                 {u"lookupAll"_s, [&] { m_host->lookupAll(); }},
                 {u"closeDatabase"_s, [&] { m_host->closeDatabase(); }},
-                {u"userWantsToClose"_s, [&] { m_host->userWantsToClose(); }},
                 {u"open"_s, [&] { m_host->openDatabase(m_home.file(arg)); }},
-                {u"new"_s, [&] { m_host->newDatabase(m_home.file(arg)); }},
                 {u"command"_s, [&] { m_host->command(arg.toInt()); }},
-                {u"contactList"_s, [&] { m_host->setActiveView(ContactHost::View::ContactList); }},
             };
             QVERIFY2(steps.contains(name), qPrintable(step));
             steps.value(name)();
@@ -80,20 +77,14 @@ private slots:
     void initTestCase()
     {
         m_path = m_home.file(u"contacts.cvdb"_s);
-        m_otherPath = m_home.file(u"other.cvdb"_s);
-        m_home.write(u"garbage.cvdb"_s, "not a database");
+        ContactStore().create(m_home.file(u"other.cvdb"_s));
         ContactStore store;
         store.create(m_path);
         // IDs are handed out in order, so the tables can name the contacts 1 (My Record) to 4.
-        for (const auto& [name, city] : {std::pair{u"Anne"_s, u"Montréal"_s}, {u"Bob"_s, u"Toronto"_s},
-                                         {u"Chloé"_s, u"Montréal"_s}}) {
-            const qint64 id = store.addContact();
-            store.setFieldText(id, 26, name);
-            store.setFieldText(id, 30, city);
-        }
+        for (const QString& city : {u"Montréal"_s, u"Toronto"_s, u"Montréal"_s})
+            store.setFieldText(store.addContact(), 30, city);
         QCOMPARE(store.allContactIds(), (QVector<qint64>{1, 2, 3, 4}));
         store.close();
-        ContactStore().create(m_otherPath);
     }
     void init()
     {
@@ -104,87 +95,60 @@ private slots:
         m_host->openDatabase(copy);
     }
 
+    // The steps before the last ';' set the scene; only the last one is recorded (and refused if `error` is set).
     void eventsOfEachChange_data()
     {
         QTest::addColumn<QString>("operation");
         QTest::addColumn<QStringList>("events");
         QTest::addColumn<int>("row"); // current row afterwards
-        QTest::newRow("move to another row") << "moveToRow 2" << QStringList{"OnContactPosChange(3)"} << 2;
-        QTest::newRow("move by ID") << "moveTo 4" << QStringList{"OnContactPosChange(4)"} << 3;
-        QTest::newRow("move by ID to the current") << "moveTo 1" << QStringList{} << 0;
-        QTest::newRow("next") << "next" << QStringList{"OnContactPosChange(2)"} << 1;
-        QTest::newRow("previous at the first") << "previous" << QStringList{} << 0;
-        QTest::newRow("set a field") << "setField 26" << QStringList{"OnContactChange(1)"} << 0;
-        QTest::newRow("add a contact") << "addNewContact" << QStringList{"OnContactLookupChange"} << 4;
-        QTest::newRow("lookup") << "lookupText montréal" << QStringList{"OnContactLookupChange"} << 0;
-        QTest::newRow("lookup without a match") << "lookupText nobody" << QStringList{"OnContactLookupChange"} << -1;
-        QTest::newRow("all contacts keep the current")
-            << "moveToRow 2;lookupAll" << QStringList{"OnContactPosChange(3)", "OnContactLookupChange"} << 2;
+        QTest::addColumn<int>("error");
+        const QStringList none, lookupChange{"OnContactLookupChange"};
+        QTest::newRow("move to another row") << "moveToRow 2" << QStringList{"OnContactPosChange(3)"} << 2 << 0;
+        QTest::newRow("move by ID to the current") << "moveTo 1" << none << 0 << 0;
+        QTest::newRow("next") << "next" << QStringList{"OnContactPosChange(2)"} << 1 << 0;
+        QTest::newRow("previous at the first") << "previous" << none << 0 << 0;
+        QTest::newRow("lookup") << "lookupText montréal" << lookupChange << 0 << 0;
+        QTest::newRow("lookup without a match") << "lookupText nobody" << lookupChange << -1 << 0;
+        QTest::newRow("all contacts keep the current") << "moveToRow 2;lookupAll" << lookupChange << 2 << 0;
         QTest::newRow("outside the lookup joins it")
-            << "lookupText toronto;moveTo 2"
-            << QStringList{"OnContactLookupChange", "OnContactLookupChange", "OnContactPosChange(2)"} << 1;
-        QTest::newRow("My Record") << "moveToRow 3;goToMyRecord"
-                                   << QStringList{"OnContactPosChange(4)", "OnContactPosChange(1)"} << 0;
-        QTest::newRow("close the database twice") << "closeDatabase;closeDatabase" << QStringList{"OnDatabaseClose"}
-                                                  << -1;
-        QTest::newRow("the user closes") << "userWantsToClose"
-                                         << QStringList{"OnActUserWantsToClose", "OnDatabaseClose"} << -1;
+            << "lookupText toronto;moveTo 2" << QStringList{"OnContactLookupChange", "OnContactPosChange(2)"} << 1 << 0;
+        QTest::newRow("My Record") << "moveToRow 3;goToMyRecord" << QStringList{"OnContactPosChange(1)"} << 0 << 0;
+        QTest::newRow("close a closed database") << "closeDatabase;closeDatabase" << none << -1 << 0;
         QTest::newRow("open another database")
-            << "open other.cvdb" << QStringList{"OnDatabaseClose", "databaseOpened", "OnContactLookupChange"} << 0;
-        QTest::newRow("commands and views reach only the window")
-            << "command 104;command 150;contactList;contactList"
-            << QStringList{"refreshRequested", "closeRequested", "activeViewChanged"} << 0;
+            << "open other.cvdb" << QStringList{"OnDatabaseClose", "databaseOpened", "OnContactLookupChange"} << 0 << 0;
+        QTest::newRow("row before the first") << "moveToRow -1" << none << 0 << 440;
+        QTest::newRow("row past the last") << "moveToRow 4" << none << 0 << 440;
+        QTest::newRow("contact that does not exist") << "moveTo 999" << none << 0 << 440;
+        QTest::newRow("read-only field") << "setField 78" << none << 0 << 440;
+        QTest::newRow("unknown command") << "command 7" << none << 0 << 5;
+        QTest::newRow("next without a database") << "closeDatabase;next" << none << -1 << 440;
+        QTest::newRow("add without a database") << "closeDatabase;addNewContact" << none << -1 << 440;
+        QTest::newRow("edit without a contact") << "lookupText nobody;setField 26" << none << -1 << 440;
     }
     void eventsOfEachChange()
     {
         QFETCH(QString, operation);
         QFETCH(QStringList, events);
-        QFETCH(int, row);
-        Recorder recorder(m_host.get());
-        apply(operation);
-        events.sort();
-        QCOMPARE(recorder.fired(), events);
-        QCOMPARE(m_host->currentRow(), row);
-        if (operation == "addNewContact")
-            QCOMPARE(m_host->currentId(), 5);
-    }
-
-    void refusedChangesFireNothing_data()
-    {
-        QTest::addColumn<QString>("operation"); // the last step is refused
-        QTest::addColumn<int>("error");
-        QTest::newRow("row before the first") << "moveToRow -1" << 440;
-        QTest::newRow("row past the last") << "moveToRow 4" << 440;
-        QTest::newRow("contact that does not exist") << "moveTo 999" << 440;
-        QTest::newRow("read-only field") << "setField 78" << 440;
-        QTest::newRow("unknown command") << "command 7" << 5;
-        QTest::newRow("a file that is no database") << "open garbage.cvdb" << 440;
-        QTest::newRow("a new database over a file") << "new other.cvdb" << 58;
-        QTest::newRow("next without a database") << "closeDatabase;next" << 440;
-        QTest::newRow("add without a database") << "closeDatabase;addNewContact" << 440;
-        QTest::newRow("edit without a contact") << "lookupText nobody;setField 26" << 440;
-    }
-    void refusedChangesFireNothing()
-    {
-        QFETCH(QString, operation);
-        QFETCH(int, error);
         const qsizetype split = operation.lastIndexOf(u';');
         if (split > 0)
             apply(operation.left(split));
         const bool open = m_host->isDatabaseOpen();
         const QVector<qint64> lookup = m_host->lookupIds();
-        const int row = m_host->currentRow();
         Recorder recorder(m_host.get());
+        int error = 0;
         try {
             apply(operation.mid(split + 1));
-            QFAIL("the change should have been refused");
         } catch (const Error& e) {
-            QCOMPARE(e.number(), error);
+            error = e.number();
         }
-        QCOMPARE(recorder.fired(), QStringList());
-        QCOMPARE(m_host->isDatabaseOpen(), open);
-        QCOMPARE(m_host->lookupIds(), lookup);
-        QCOMPARE(m_host->currentRow(), row);
+        QTEST(error, "error");
+        events.sort();
+        QCOMPARE(recorder.fired(), events);
+        QTEST(m_host->currentRow(), "row");
+        if (error) {
+            QCOMPARE(m_host->isDatabaseOpen(), open);
+            QCOMPARE(m_host->lookupIds(), lookup);
+        }
     }
 };
 

@@ -7,7 +7,6 @@
 #include <QDate>
 #include <QFile>
 #include <QMap>
-#include <QSet>
 #include <QTest>
 
 using namespace corvalent;
@@ -82,7 +81,6 @@ private slots:
         }
         const QByteArray before = test::TestHome::read(path);
         const QString good = m_store.path();
-
         QCOMPARE(test::raised([&] { m_store.open(path); }).number(), error);
         // The database open before stays open, and the refused file is left exactly as it was.
         QVERIFY(m_store.isOpen());
@@ -93,84 +91,70 @@ private slots:
 
     void createsOpensAndKeepsItsContacts()
     {
-        const QString path = m_store.path();
+        const QString path = m_store.path(), today = QDate::currentDate().toString(Qt::ISODate);
         const qint64 myRecord = m_store.myRecordId();
-        QCOMPARE(m_store.allContactIds(), (QVector<qint64>{myRecord, m_id}));
-        QCOMPARE(m_store.fieldText(m_id, 78), QDate::currentDate().toString(Qt::ISODate));
+        QCOMPARE(m_store.fieldText(m_id, 78), today);
         m_store.setFieldText(m_id, 26, u"Hélène Côté"_s);
         m_store.close();
         QCOMPARE(test::raised([&] { m_store.contactCount(); }).number(), 440);
         rawSql(path, {u"UPDATE contacts SET f79 = '2001-01-01'"_s});
-
-        ContactStore store;
-        store.open(path);
-        QCOMPARE(store.myRecordId(), myRecord);
-        QCOMPARE(store.contactCount(), 2);
-        QCOMPARE(store.fieldText(m_id, 26), u"Hélène Côté"_s);
-        QCOMPARE(store.fieldText(m_id, 79), u"2001-01-01"_s);
-        store.setFieldText(m_id, 30, u"Québec"_s);
-        QCOMPARE(store.fieldText(m_id, 79), QDate::currentDate().toString(Qt::ISODate)); // the edit date follows edits
-        QCOMPARE(test::raised([&] { store.fieldText(m_id + 100, 26); }).number(), 440);
-        const QByteArray before = test::TestHome::read(path);
+        m_store.open(path);
+        QCOMPARE(m_store.allContactIds(), (QVector<qint64>{myRecord, m_id}));
+        QCOMPARE(m_store.myRecordId(), myRecord);
+        QCOMPARE(m_store.fieldText(m_id, 26), u"Hélène Côté"_s);
+        QCOMPARE(m_store.fieldText(m_id, 79), u"2001-01-01"_s);
+        m_store.setFieldText(m_id, 30, u"Québec"_s);
+        QCOMPARE(m_store.fieldText(m_id, 79), today); // the edit date follows edits
+        QCOMPARE(test::raised([&] { m_store.fieldText(m_id + 100, 26); }).number(), 440);
+        QCOMPARE(test::raised([&] { m_store.setFieldText(m_id + 100, 26, u"nobody"_s); }).number(), 440);
+        QCOMPARE(test::raised([&] { m_store.setPhone(m_id, 35, u"1x"_s, u"555"_s); }).number(), 5);
         QCOMPARE(test::raised([&] { ContactStore().create(path); }).number(), 58);
-        QCOMPARE(test::TestHome::read(path), before);
     }
 
-    void fieldTextAndData_data()
+    void fieldWrites_data()
     {
         QTest::addColumn<QString>("userPhone"); // My Record's phone, "" for none
         QTest::addColumn<QString>("before");    // written to the field first, "" for nothing
         QTest::addColumn<int>("field");
         QTest::addColumn<QString>("written");
-        QTest::addColumn<QString>("data");
-        QTest::newRow("plain field") << "" << "" << 30 << u"Montréal"_s << u"Montréal"_s;
-        QTest::newRow("phone with its code") << "" << "+33 01 23 45" << 35 << "+49 030 1234567" << "+49 030 1234567";
-        QTest::newRow("phone keeps its code") << "" << "+33 01 23 45" << 35 << "01 98 76 54" << "+33 01 98 76 54";
-        QTest::newRow("takes the user's code") << "+44 020 7946" << "" << 38 << "07700 900123" << "+44 07700 900123";
-        QTest::newRow("no code anywhere") << "" << "" << 37 << "(450) 555-0111" << "+1 (450) 555-0111";
-        QTest::newRow("emptied phone") << "" << "+1 (514) 555-0199" << 35 << "" << "";
-        QTest::newRow("a lone plus sign is part of the number") << "" << "" << 36 << "+ 555" << "+1 + 555";
+        QTest::addColumn<QString>("data"); // ignored when the write is refused: the field keeps what it had
+        QTest::addColumn<int>("error");
+        QTest::newRow("plain field") << "" << "" << 30 << u"Montréal"_s << u"Montréal"_s << 0;
+        QTest::newRow("phone with its code") << "" << "+33 01 23 45" << 35 << "+49 030 1234567" << "+49 030 1234567"
+                                             << 0;
+        QTest::newRow("phone keeps its code") << "" << "+33 01 23 45" << 35 << "01 98 76 54" << "+33 01 98 76 54" << 0;
+        QTest::newRow("takes the user's code") << "+44 020 7946" << "" << 38 << "07700 900123" << "+44 07700 900123"
+                                               << 0;
+        QTest::newRow("no code anywhere") << "" << "" << 37 << "(450) 555-0111" << "+1 (450) 555-0111" << 0;
+        QTest::newRow("emptied phone") << "" << "+1 (514) 555-0199" << 35 << "" << "" << 0;
+        QTest::newRow("a lone plus sign is part of the number") << "" << "" << 36 << "+ 555" << "+1 + 555" << 0;
+        QTest::newRow("create date") << "" << "" << 78 << "2001-01-01" << "" << 440;
+        QTest::newRow("unknown field") << "" << "" << 999 << "2001-01-01" << "" << 5;
     }
-    void fieldTextAndData()
+    void fieldWrites()
     {
         QFETCH(QString, userPhone);
         QFETCH(QString, before);
         QFETCH(int, field);
+        QFETCH(QString, written);
         QFETCH(QString, data);
+        QFETCH(int, error);
         if (!userPhone.isEmpty())
             m_store.setFieldText(m_store.myRecordId(), 35, userPhone);
         if (!before.isEmpty())
             m_store.setFieldText(m_id, field, before);
-        QFETCH(QString, written);
-        m_store.setFieldText(m_id, field, written);
+        if (error)
+            data = m_store.fieldData(m_id, field);
+        QCOMPARE(test::raised([&] { m_store.setFieldText(m_id, field, written); }).number(), error);
         QCOMPARE(m_store.fieldData(m_id, field), data);
         // The text is the data without its "+code " prefix.
         QCOMPARE(m_store.fieldText(m_id, field), data.startsWith(u'+') ? data.section(u' ', 1) : data);
-    }
-
-    void writesThatAreRefused_data()
-    {
-        QTest::addColumn<int>("field");
-        QTest::addColumn<int>("error");
-        QTest::newRow("create date") << 78 << 440;
-        QTest::newRow("edit date") << 79 << 440;
-        QTest::newRow("unknown field") << 999 << 5;
-    }
-    void writesThatAreRefused()
-    {
-        QFETCH(int, field);
-        const QString before = m_store.fieldText(m_id, field);
-        QTEST(test::raised([&] { m_store.setFieldText(m_id, field, u"2001-01-01"_s); }).number(), "error");
-        QCOMPARE(m_store.fieldText(m_id, field), before);
-        QCOMPARE(test::raised([&] { m_store.setPhone(m_id, 35, u"1x"_s, u"555"_s); }).number(), 5);
-        QCOMPARE(test::raised([&] { m_store.setFieldText(m_id + 1, 26, u"nobody"_s); }).number(), 440);
     }
 
     void lookupIgnoresCase_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QVector<int>>("found"); // indexes into the contacts made in initTestCase
-        QTest::newRow("contact, other case") << "TREMBLAY" << QVector<int>{0};
         QTest::newRow("accented city, other case") << u"MONTRÉAL"_s << QVector<int>{0, 2};
         QTest::newRow("company") << "acMe" << QVector<int>{1};
         QTest::newRow("e-mail") << "@example" << QVector<int>{1, 2};
@@ -179,37 +163,10 @@ private slots:
         QTest::newRow("address is not searched") << "Peel" << QVector<int>{};
         // From three characters on, a lookup reads the index; shorter texts are compared contact by contact.
         QTest::newRow("accented, three letters") << u"ÉAL"_s << QVector<int>{0, 2};
-        QTest::newRow("accented name, other case") << u"HÉLÈNE"_s << QVector<int>{0};
         QTest::newRow("across a space") << "hn S" << QVector<int>{1};
         QTest::newRow("quotes are letters") << "\"Zoë\"" << QVector<int>{};
         QTest::newRow("two letters") << "zO" << QVector<int>{2};
         QTest::newRow("one accented letter") << u"Ë"_s << QVector<int>{2};
-    }
-
-    // A database written before lookups had an index gets one when it is opened, and keeps it in step.
-    void olderDatabaseGetsTheIndex()
-    {
-        const QString path = newPath();
-        {
-            ContactStore store;
-            store.create(path);
-            store.setFieldText(store.addContact(), 30, u"Montréal"_s);
-        }
-        rawSql(path, {u"DROP TRIGGER lookup_index_add"_s, u"DROP TRIGGER lookup_index_remove"_s,
-                      u"DROP TRIGGER lookup_index_change"_s, u"DROP TABLE lookup_index"_s});
-        ContactStore older;
-        older.open(path);
-        const QVector<qint64> found = older.lookup(u"MONTRÉAL"_s);
-        QCOMPARE(found.size(), 1);
-        older.setFieldText(found.first(), 30, u"Laval"_s);
-        QCOMPARE(older.lookup(u"MONTRÉAL"_s), QVector<qint64>{});
-        QCOMPARE(older.lookup(u"laval"_s), found);
-        // An index that another program takes away while the database is open fails the lookup, which never
-        // passes for "nothing found".
-        rawSql(path, {u"DROP TABLE lookup_index"_s});
-        const Error refused = test::raised([&] { older.lookup(u"laval"_s); });
-        QCOMPARE(refused.number(), 440);
-        QVERIFY2(refused.description().contains(u"no such table: lookup_index"_s), qPrintable(refused.description()));
     }
     void lookupIgnoresCase()
     {
@@ -221,32 +178,39 @@ private slots:
         QCOMPARE(m_lookupStore.lookup(text), expected);
     }
 
-    void auxCommandsAndPlacements()
+    // A database written before lookups had an index gets one when it is opened, and keeps it in step.
+    void olderDatabaseGetsTheIndex()
     {
         const QString path = m_store.path();
-        QVERIFY(!m_store.auxCommandExists(u"Corvalent"_s));
-        QCOMPARE(test::raised([&] { m_store.setAuxCommandInToolbar(u"Corvalent"_s, 1, true); }).number(), 440);
+        m_store.setFieldText(m_id, 30, u"Montréal"_s);
+        m_store.close();
+        rawSql(path, {u"DROP TRIGGER lookup_index_add"_s, u"DROP TRIGGER lookup_index_remove"_s,
+                      u"DROP TRIGGER lookup_index_change"_s, u"DROP TABLE lookup_index"_s});
+        m_store.open(path);
+        QCOMPARE(m_store.lookup(u"MONTRÉAL"_s), QVector<qint64>{m_id});
+        m_store.setFieldText(m_id, 30, u"Laval"_s);
+        QCOMPARE(m_store.lookup(u"MONTRÉAL"_s), QVector<qint64>{});
+        QCOMPARE(m_store.lookup(u"laval"_s), QVector<qint64>{m_id});
+        // An index that another program takes away while the database is open fails the lookup, which never
+        // passes for "nothing found".
+        rawSql(path, {u"DROP TABLE lookup_index"_s});
+        const Error refused = test::raised([&] { m_store.lookup(u"laval"_s); });
+        QCOMPARE(refused.number(), 440);
+        QVERIFY2(refused.description().contains(u"no such table: lookup_index"_s), qPrintable(refused.description()));
+    }
+    void auxCommandsAndPlacements()
+    {
         m_store.addAuxCommand({u"Corvalent"_s, u"/opt/c/corvalent"_s, u"/opt/c"_s, u"Corvalent"_s, {}, {}, {}, 1});
         m_store.addAuxCommand({u"Other"_s, u"/bin/other"_s, u"/bin"_s, u"Other"_s, {}, {}, {}, 0});
         m_store.setAuxCommandInToolbar(u"Other"_s, 1, true);
         m_store.setAuxCommandInToolbar(u"corvalent"_s, 1, true); // names ignore case
         m_store.setAuxCommandInToolbar(u"Corvalent"_s, 1, true); // twice is once
-        m_store.setAuxCommandInToolsMenu(u"Corvalent"_s, 6, true);
-        m_store.setAuxCommandInToolbar(u"Other"_s, 2, true);
-        m_store.setAuxCommandInToolbar(u"Other"_s, 2, false);
         // Adding again updates the command and keeps where it is placed.
         m_store.addAuxCommand({u"CORVALENT"_s, u"/usr/bin/corvalent"_s, u"/usr/bin"_s, u"Corvalent"_s, {}, {}, {}, 1});
         for (int view : {0, 7})
             QCOMPARE(test::raised([&] { m_store.auxCommandInToolbar(u"Corvalent"_s, view); }).number(), 5);
         QCOMPARE(test::raised([&] { m_store.addAuxCommand({u" "_s, {}, {}, {}, {}, {}, {}, 0}); }).number(), 5);
-
-        m_store.close();
-        m_store.open(path);
         QCOMPARE(m_store.toolbarCommands(1), (QStringList{u"Other"_s, u"Corvalent"_s}));
-        QCOMPARE(m_store.toolbarCommands(2), QStringList());
-        QCOMPARE(m_store.toolsMenuCommands(6), QStringList{u"Corvalent"_s});
-        QVERIFY(m_store.auxCommandInToolsMenu(u"corvalent"_s, 6));
-        QVERIFY(!m_store.auxCommandInToolsMenu(u"Corvalent"_s, 1));
         QCOMPARE(m_store.auxCommand(u"corvalent"_s)->program, u"/usr/bin/corvalent"_s);
     }
 
@@ -255,23 +219,13 @@ private slots:
         const QString path = m_home.write(u"generated.cvdb"_s, "replaced");
         QCOMPARE(test::raised([&] { writeGeneratedDatabase(path, 0); }).number(), 5);
         QCOMPARE(test::TestHome::read(path), QByteArray("replaced"));
-        writeGeneratedDatabase(path, 500);
+        writeGeneratedDatabase(path, 50); // the program test counts what it generates
         QVERIFY(!QFile::exists(path + u".part"_s));
         m_store.open(path);
-        const QVector<qint64> ids = m_store.allContactIds();
-        QCOMPARE(ids.size(), 500);
-        QCOMPARE(m_store.myRecordId(), ids.first());
-        QSet<QString> names;
-        for (qint64 id : ids.mid(0, 200)) {
-            names << m_store.fieldText(id, 26);
-            QVERIFY(m_store.fieldData(id, 35).startsWith(u'+'));
-        }
-        QVERIFY2(names.size() > 100, "generated contacts should vary");
-
+        QCOMPARE(m_store.myRecordId(), m_store.allContactIds().first());
         const QString sample = newPath();
         writeSampleDatabase(sample);
         m_store.open(sample);
-        QVERIFY(m_store.contactCount() >= 45 && m_store.contactCount() <= 60);
         // A contact with nothing but a name, written after fuller ones, has every other field empty.
         const QVector<qint64> kevin = m_store.lookup(u"Kevin"_s);
         QCOMPARE(kevin.size(), 1);
