@@ -26,34 +26,29 @@ private slots:
         QSettings(u"Corvalent"_s, u"Corvalent"_s).remove(u"Settings/ComboPhone"_s);
     }
 
-    // Both choices from one form; the service's F2 matters for the address, the phone list and the stored
-    // ComboPhone for the phone.
+    // Both choices from a form on Custom (the other options name fixed fields); the service's F2 matters for the
+    // address, the phone list and the stored ComboPhone for the phone.
     void choices_data()
     {
-        QTest::addColumn<int>("option");
         QTest::addColumn<QString>("f2"); // "-": no F2 key
         QTest::addColumn<int>("current"); // the chosen entry of the list 36, 38; -2: an empty list
         QTest::addColumn<QString>("stored"); // ComboPhone; "" for none
         QTest::addColumn<int>("address");
         QTest::addColumn<int>("phone");
         QTest::addColumn<QStringList>("boxes"); // functions whose error box shows
-        QTest::newRow("business") << 0 << u"65"_s << 1 << u"37"_s << 27 << 35 << QStringList();
-        QTest::newRow("home") << 1 << u"27"_s << 1 << u"36"_s << 65 << 37 << QStringList();
-        QTest::newRow("custom: F2, chosen entry") << 2 << u"80"_s << 1 << u"36"_s << 80 << 38 << QStringList();
-        QTest::newRow("custom: no F2, empty list") << 2 << u"-"_s << -2 << u""_s << 27 << 38 << QStringList();
-        QTest::newRow("custom: F2 abc, empty list, stored choice")
-            << 2 << u"abc"_s << -2 << u"36"_s << 0 << 36 << QStringList();
-        QTest::newRow("custom: F2 too large, none chosen")
-            << 2 << u"1e12"_s << -1 << u"36"_s << 0 << 0 << QStringList{u"GetAddressField"_s, u"GetPhoneNumber"_s};
+        QTest::newRow("F2, chosen entry") << u"80"_s << 1 << u"36"_s << 80 << 38 << QStringList();
+        QTest::newRow("no F2, empty list") << u"-"_s << -2 << u""_s << 27 << 38 << QStringList();
+        QTest::newRow("F2 abc, empty list, stored choice") << u"abc"_s << -2 << u"36"_s << 0 << 36 << QStringList();
+        QTest::newRow("F2 too large, none chosen")
+            << u"1e12"_s << -1 << u"36"_s << 0 << 0 << QStringList{u"GetAddressField"_s, u"GetPhoneNumber"_s};
     }
     void choices()
     {
-        QFETCH(int, option);
         QFETCH(QString, f2);
         QFETCH(int, current);
         QFETCH(QString, stored);
         QFETCH(QStringList, boxes);
-        m_form.setAddressOption(option);
+        m_form.setAddressOption(ContactForm::Custom);
         if (current > -2)
             m_form.setPhones({{u"[Fax]"_s, 36}, {u"[Mobile Phone]"_s, 38}}, current);
         if (!stored.isEmpty())
@@ -73,9 +68,6 @@ private slots:
         QTest::addColumn<int>("slot");
         QTest::addColumn<bool>("gridRow");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("business 2 is 27, not 29") << false << 2 << false << u"1500 Rue Peel"_s;
-        QTest::newRow("home 2") << true << 2 << false << u"12B Main St"_s;
-        QTest::newRow("home 6 is 70") << true << 6 << false << u"Home Canada"_s;
         QTest::newRow("home 5, grid") << true << 5 << true << u"L6J 1A1"_s;
         QTest::newRow("home, 16-bit overflow") << true << 32704 << false << u""_s;
         QTest::newRow("business, 16-bit overflow") << false << 32741 << true << u""_s;
