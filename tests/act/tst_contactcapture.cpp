@@ -80,14 +80,6 @@ private slots:
         QTest::addColumn<int>("reads"); // GetField calls of the capture under test; field 0 is never asked
 
         const QStringList none(10);
-        QTest::newRow("business") << "" << none << kDefaults << 0 << 0 << kBusinessA << kAllGrab << 7;
-        QTest::newRow("business, list view, contact B")
-            << "" << none << kDefaults << 0 << (ListView | ContactB) << kBusinessB << kAllGrab << 7;
-        QTest::newRow("home follows the option, not the slot codes")
-            << "" << none << u"F0=26|F2=80|F3=80|F4=80|F5=80|F6=80"_s << 1 << 0
-            << with(none, {u"0=Jean Tremblay"_s, u"2=12B Main St"_s, u"3=Laval"_s, u"4=QC"_s, u"5=H7A 1A1"_s,
-                           u"6=Home Canada"_s})
-            << kAllGrab << 6;
         QTest::newRow("custom reads the slot codes")
             << "" << none << u"F2=65|F3=80|F4=29"_s << 2 << 0
             << with(none, {u"2=12B Main St"_s, u"3=u1 A"_s, u"4=Suite 29"_s}) << kAllGrab << 3;

@@ -62,19 +62,16 @@ private slots:
     }
 
     // Contact A in the contact view, contact B at its row of the lookup; "" after an overflow.
-    void addressSlot_data()
+    void homeSlot_data()
     {
-        QTest::addColumn<bool>("home");
         QTest::addColumn<int>("slot");
         QTest::addColumn<bool>("gridRow");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("home 5, grid") << true << 5 << true << u"L6J 1A1"_s;
-        QTest::newRow("home, 16-bit overflow") << true << 32704 << false << u""_s;
-        QTest::newRow("business, 16-bit overflow") << false << 32741 << true << u""_s;
+        QTest::newRow("5, grid") << 5 << true << u"L6J 1A1"_s;
+        QTest::newRow("16-bit overflow") << 32704 << false << u""_s;
     }
-    void addressSlot()
+    void homeSlot()
     {
-        QFETCH(bool, home);
         QFETCH(int, slot);
         QFETCH(bool, gridRow);
         QFETCH(QString, expected);
@@ -88,12 +85,11 @@ private slots:
             session.useContactView(session.createView(ActSession::kCreateContactView));
         }
         m_fixture.host.moveTo(m_fixture.ids[0]); // the grid row read above still names contact B
-        QCOMPARE(home ? GetHome(session, qint16(slot), gridRow) : GetBusiness(session, qint16(slot), gridRow),
-                 expected);
+        QCOMPARE(GetHome(session, qint16(slot), gridRow), expected);
         QCOMPARE(m_prompter->prompts().size(), expected.isEmpty() ? 1 : 0);
         if (expected.isEmpty())
             QVERIFY(test::isErrorBox(m_prompter->prompts().first(), u"Error 6: 'Overflow'"_s,
-                                     home ? u"frmMain: Function GetHome"_s : u"frmMain: Function GetBusiness"_s));
+                                     u"frmMain: Function GetHome"_s));
     }
 
     void phoneList_data()
@@ -102,7 +98,6 @@ private slots:
         QTest::addColumn<QString>("stored");
         QTest::addColumn<int>("expected"); // index of the chosen entry afterwards
         QTest::newRow("nothing chosen: home phone") << 0 << u""_s << 2;
-        QTest::newRow("nothing chosen: the stored choice") << 0 << u"36"_s << 1;
         QTest::newRow("stored choice not a phone") << 0 << u"26"_s << -1;
         QTest::newRow("the choice stays") << 38 << u"36"_s << 3;
     }
