@@ -171,14 +171,17 @@ private slots:
     void failure_data()
     {
         QTest::addColumn<int>("budget");
+        QTest::addColumn<bool>("listView");
         QTest::addColumn<bool>("fieldByField");
         QTest::addColumn<int>("filled");
-        QTest::newRow("all fields at once") << 3 << false << 0;
-        QTest::newRow("slot 4, field by field") << 7 << true << 4;
+        QTest::newRow("all fields at once") << 3 << false << false << 0;
+        QTest::newRow("slot 4, field by field") << 7 << false << true << 4;
+        QTest::newRow("list view, slot 2, field by field") << 7 << true << true << 2;
     }
     void failure()
     {
         QFETCH(int, budget);
+        QFETCH(bool, listView);
         QFETCH(bool, fieldByField);
         QFETCH(int, filled);
         if (!fieldByField) {
@@ -198,7 +201,7 @@ private slots:
         m_form->setText(9, b[9]);
         m_capture->FieldValues[9] = b[9];
 
-        show(0, false);
+        show(0, listView);
         m_capture->ResetFields = true;
         m_fixture.backend.budget = budget;
         QVERIFY(!m_capture->Get_Contact(false));

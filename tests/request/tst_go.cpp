@@ -64,6 +64,7 @@ private slots:
     void go_data()
     {
         QTest::addColumn<QString>("keys");
+        QTest::addColumn<bool>("keepOpen");
         QTest::addColumn<QString>("opened");  // what the browser is given
         QTest::addColumn<QString>("message"); // shown with `style`
         QTest::addColumn<int>("style");
@@ -75,19 +76,21 @@ private slots:
         const QString page = m_home.file(u"~10936986498598137458976958.htm"_s);
         // The country file is not there: the POST route never looks for it.
         const QString gone = u"|CountryFile=Gone.ini|V3=city"_s;
-        QTest::newRow("GET closes the window") << get << address << QString() << 0 << countries << true;
-        QTest::newRow("no URL") << u"URL=|V1=q"_s << QString()
+        QTest::newRow("GET closes the window") << get << false << address << QString() << 0 << countries << true;
+        QTest::newRow("GET, kept open") << get << true << address << QString() << 0 << countries << false;
+        QTest::newRow("no URL") << u"URL=|V1=q"_s << false << QString()
                                 << u"No URL has been specified for this service!"_s << 48 << kEarlier << false;
-        QTest::newRow("missing country file") << u"URL=h/s?"_s + gone << QString() << kMissing << 0 << u"Gone.ini"_s
-                                              << false;
+        QTest::newRow("missing country file") << u"URL=h/s?"_s + gone << false << QString() << kMissing << 0
+                                              << u"Gone.ini"_s << false;
         QTest::newRow("postal path, other host") << u"URL=h/tools/pcl/bin/cp_search_response-e.asp?"_s + gone
-                                                 << QString() << kMissing << 0 << u"Gone.ini"_s << false;
-        QTest::newRow("POST, marker in upper case") << test::kPostalUrl.toUpper() + gone << page << QString() << 0
+                                                 << false << QString() << kMissing << 0 << u"Gone.ini"_s << false;
+        QTest::newRow("POST, marker in upper case") << test::kPostalUrl.toUpper() + gone << false << page << QString() << 0
                                                     << kEarlier << false;
     }
     void go()
     {
         QFETCH(QString, keys);
+        QFETCH(bool, keepOpen);
         QFETCH(QString, opened);
         QFETCH(QString, message);
         auto* prompter = test::install<RecordingPrompter, Prompter>();
@@ -98,7 +101,7 @@ private slots:
         QString countryFile = kEarlier;
 
         const GoResult result = RunGo(test::writeService(m_home, keys, u"Postal 2~1"_s),
-                                      test::fieldTexts(u"3=Montréal|6=Canada"_s), false, countryFile,
+                                      test::fieldTexts(u"3=Montréal|6=Canada"_s), keepOpen, countryFile,
                                       [&](const QString& service) { dialogFor << service; });
 
         QTEST(result.closeWindow, "close");
