@@ -87,7 +87,6 @@ private slots:
         QTest::addColumn<QString>("number");
         QTest::addColumn<QString>("rest");
         const QString plain = u"URL=maps.example.org/find?"_s;
-        QTest::newRow("letter after the number") << plain << u"12B Main St"_s << u"12"_s << u"B Main St"_s;
         QTest::newRow("first number only, every occurrence goes")
             << plain << u"12 34 Rue du 12 Mai"_s << u"12"_s << u"34 Rue du  Mai"_s;
         QTest::newRow("zero is no number") << plain << u"0 Main"_s << QString() << u"0 Main"_s;
