@@ -84,8 +84,8 @@ private slots:
                                               << u"Gone.ini"_s << false;
         QTest::newRow("postal path, other host") << u"URL=h/tools/pcl/bin/cp_search_response-e.asp?"_s + gone
                                                  << false << QString() << kMissing << 0 << u"Gone.ini"_s << false;
-        QTest::newRow("POST, marker in upper case") << test::kPostalUrl.toUpper() + gone << false << page << QString() << 0
-                                                    << kEarlier << false;
+        QTest::newRow("POST, marker in upper case")
+            << test::kPostalUrl.toUpper() + gone << false << page << QString() << 0 << kEarlier << false;
     }
     void go()
     {
