@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QSignalSpy>
 
 #include <sys/stat.h>
 
@@ -106,12 +107,24 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!exists(), 10000);
     }
 
+    // Deleted when the program ends; a page someone else removed first is no deletion of ours.
+    void deletedWhenTheProgramEnds_data()
+    {
+        QTest::addColumn<bool>("goneBefore");
+        QTest::newRow("page still there") << false;
+        QTest::newRow("page removed by someone else first") << true;
+    }
     void deletedWhenTheProgramEnds()
     {
+        QFETCH(bool, goneBefore);
         write(u"1=Acme"_s);
         QVERIFY(exists());
+        if (goneBefore)
+            QVERIFY(QFile::remove(page()));
+        QSignalSpy deleted(&PostPageCleaner::instance(), &PostPageCleaner::deleted);
         QVERIFY(QMetaObject::invokeMethod(QCoreApplication::instance(), "aboutToQuit", Qt::DirectConnection));
         QVERIFY(!exists());
+        QCOMPARE(deleted.size(), goneBefore ? 0 : 1);
     }
 };
 
