@@ -26,34 +26,29 @@ private slots:
         QSettings(u"Corvalent"_s, u"Corvalent"_s).remove(u"Settings/ComboPhone"_s);
     }
 
-    // Both choices from one form; the service's F2 matters for the address, the phone list and the stored
-    // ComboPhone for the phone.
+    // Both choices from a form on Custom (the other options name fixed fields); the service's F2 matters for the
+    // address, the phone list and the stored ComboPhone for the phone.
     void choices_data()
     {
-        QTest::addColumn<int>("option");
         QTest::addColumn<QString>("f2"); // "-": no F2 key
         QTest::addColumn<int>("current"); // the chosen entry of the list 36, 38; -2: an empty list
         QTest::addColumn<QString>("stored"); // ComboPhone; "" for none
         QTest::addColumn<int>("address");
         QTest::addColumn<int>("phone");
         QTest::addColumn<QStringList>("boxes"); // functions whose error box shows
-        QTest::newRow("business") << 0 << u"65"_s << 1 << u"37"_s << 27 << 35 << QStringList();
-        QTest::newRow("home") << 1 << u"27"_s << 1 << u"36"_s << 65 << 37 << QStringList();
-        QTest::newRow("custom: F2, chosen entry") << 2 << u"80"_s << 1 << u"36"_s << 80 << 38 << QStringList();
-        QTest::newRow("custom: no F2, empty list") << 2 << u"-"_s << -2 << u""_s << 27 << 38 << QStringList();
-        QTest::newRow("custom: F2 abc, empty list, stored choice")
-            << 2 << u"abc"_s << -2 << u"36"_s << 0 << 36 << QStringList();
-        QTest::newRow("custom: F2 too large, none chosen")
-            << 2 << u"1e12"_s << -1 << u"36"_s << 0 << 0 << QStringList{u"GetAddressField"_s, u"GetPhoneNumber"_s};
+        QTest::newRow("F2, chosen entry") << u"80"_s << 1 << u"36"_s << 80 << 38 << QStringList();
+        QTest::newRow("no F2, empty list") << u"-"_s << -2 << u""_s << 27 << 38 << QStringList();
+        QTest::newRow("F2 abc, empty list, stored choice") << u"abc"_s << -2 << u"36"_s << 0 << 36 << QStringList();
+        QTest::newRow("F2 too large, none chosen")
+            << u"1e12"_s << -1 << u"36"_s << 0 << 0 << QStringList{u"GetAddressField"_s, u"GetPhoneNumber"_s};
     }
     void choices()
     {
-        QFETCH(int, option);
         QFETCH(QString, f2);
         QFETCH(int, current);
         QFETCH(QString, stored);
         QFETCH(QStringList, boxes);
-        m_form.setAddressOption(option);
+        m_form.setAddressOption(ContactForm::Custom);
         if (current > -2)
             m_form.setPhones({{u"[Fax]"_s, 36}, {u"[Mobile Phone]"_s, 38}}, current);
         if (!stored.isEmpty())
@@ -66,42 +61,14 @@ private slots:
             QVERIFY(test::isErrorBox(m_prompter->prompts().at(i), u"Error "_s, u"frmMain: Function "_s + boxes[i]));
     }
 
-    // Contact A in the contact view, contact B at its row of the lookup; "" after an overflow.
-    void addressSlot_data()
+    // Field numbers are 16-bit: a slot that takes the home field past 32767 overflows.
+    void homeSlotOverflows()
     {
-        QTest::addColumn<bool>("home");
-        QTest::addColumn<int>("slot");
-        QTest::addColumn<bool>("gridRow");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("business 2 is 27, not 29") << false << 2 << false << u"1500 Rue Peel"_s;
-        QTest::newRow("home 2") << true << 2 << false << u"12B Main St"_s;
-        QTest::newRow("home 6 is 70") << true << 6 << false << u"Home Canada"_s;
-        QTest::newRow("home 5, grid") << true << 5 << true << u"L6J 1A1"_s;
-        QTest::newRow("home, 16-bit overflow") << true << 32704 << false << u""_s;
-        QTest::newRow("business, 16-bit overflow") << false << 32741 << true << u""_s;
-    }
-    void addressSlot()
-    {
-        QFETCH(bool, home);
-        QFETCH(int, slot);
-        QFETCH(bool, gridRow);
-        QFETCH(QString, expected);
-        ActSession& session = m_fixture.session;
-        if (gridRow) {
-            m_fixture.host.moveTo(m_fixture.ids[1]);
-            const AutomationPtr list = session.createView(ActSession::kCreateListView);
-            const AutomationPtr grid = session.getGrid(list);
-            session.useGrid(list, grid, session.currentRow(grid));
-        } else {
-            session.useContactView(session.createView(ActSession::kCreateContactView));
-        }
-        m_fixture.host.moveTo(m_fixture.ids[0]); // the grid row read above still names contact B
-        QCOMPARE(home ? GetHome(session, qint16(slot), gridRow) : GetBusiness(session, qint16(slot), gridRow),
-                 expected);
-        QCOMPARE(m_prompter->prompts().size(), expected.isEmpty() ? 1 : 0);
-        if (expected.isEmpty())
-            QVERIFY(test::isErrorBox(m_prompter->prompts().first(), u"Error 6: 'Overflow'"_s,
-                                     home ? u"frmMain: Function GetHome"_s : u"frmMain: Function GetBusiness"_s));
+        m_fixture.session.useContactView(m_fixture.session.createView(ActSession::kCreateContactView));
+        QCOMPARE(GetHome(m_fixture.session, 32704, false), QString());
+        QCOMPARE(m_prompter->prompts().size(), 1);
+        QVERIFY(test::isErrorBox(m_prompter->prompts().first(), u"Error 6: 'Overflow'"_s,
+                                 u"frmMain: Function GetHome"_s));
     }
 
     void phoneList_data()
@@ -110,7 +77,6 @@ private slots:
         QTest::addColumn<QString>("stored");
         QTest::addColumn<int>("expected"); // index of the chosen entry afterwards
         QTest::newRow("nothing chosen: home phone") << 0 << u""_s << 2;
-        QTest::newRow("nothing chosen: the stored choice") << 0 << u"36"_s << 1;
         QTest::newRow("stored choice not a phone") << 0 << u"26"_s << -1;
         QTest::newRow("the choice stays") << 38 << u"36"_s << 3;
     }

@@ -43,8 +43,6 @@ private slots:
         const QStringList installed{u"mime=corvalent-contacts.desktop"_s,
                                     u"desktop=t/system/applications/corvalent-contacts.desktop:corvalent-contacts %f"_s,
                                     u"program=t/usr/bin/corvalent-contacts"_s};
-        QTest::newRow("installed: its share folder")
-            << installed + QStringList{u"fmt=t/usr/share/corvalent-contacts"_s} << u"t/usr/share/corvalent-contacts"_s;
         QTest::newRow("no Phone.fmt in share: the program's folder") << installed << u"t/usr/bin"_s;
         QTest::newRow("the variable wins") << installed + QStringList{u"env=t/elsewhere"_s} << u"t/elsewhere"_s;
         QTest::newRow("data home before data dirs")
