@@ -93,12 +93,6 @@ inline bool type(const QString& window, const QString& keys)
         .has_value();
 }
 
-// Whether the program ended by itself without crashing.
-inline bool endsCleanly(QProcess& process)
-{
-    return process.waitForFinished(kWindowMs) && process.exitStatus() == QProcess::NormalExit;
-}
-
 // The environment of the programs a test starts: the X server's platform, and a home and data folder of their own
 // below `folder`.
 inline QProcessEnvironment programEnvironment(const QString& folder)

@@ -157,9 +157,7 @@ private slots:
         QVERIFY(child);
         QCOMPARE(child->invoke(u"IsSelf"_s, {toVariant(child)}).toBool(), true);
         QCOMPARE(parent->invoke(u"IsSelf"_s, {toVariant(child)}).toBool(), false);
-        const QVariant nothing = parent->invoke(u"Nothing"_s);
-        QCOMPARE(nothing.metaType(), QMetaType::fromType<QString>());
-        QVERIFY(nothing.toString().isEmpty());
+        QCOMPARE(parent->invoke(u"Nothing"_s), QVariant(QString())); // a text, not nothing at all
     }
 
     void errorsKeepNumberAndDescription_data()
