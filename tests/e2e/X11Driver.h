@@ -26,14 +26,12 @@ inline std::optional<QString> xdotool(const QStringList& args, bool quiet = fals
         tool.kill();
         tool.waitForFinished();
         qWarning("xdotool %s: no answer", qPrintable(args.join(u' ')));
-        return std::nullopt;
+    } else if (tool.exitStatus() == QProcess::NormalExit && tool.exitCode() == 0) {
+        return QString::fromUtf8(tool.readAllStandardOutput());
+    } else if (!quiet) {
+        qWarning("xdotool %s: %s", qPrintable(args.join(u' ')), tool.readAllStandardError().constData());
     }
-    if (tool.exitStatus() != QProcess::NormalExit || tool.exitCode() != 0) {
-        if (!quiet)
-            qWarning("xdotool %s: %s", qPrintable(args.join(u' ')), tool.readAllStandardError().constData());
-        return std::nullopt;
-    }
-    return QString::fromUtf8(tool.readAllStandardOutput());
+    return std::nullopt;
 }
 
 // What keeps this process from driving programs on an X server with a session bus of their own; "" when nothing.
