@@ -37,8 +37,6 @@ inline constexpr char kFirefoxUserJs[] =
     "user_pref(\"browser.aboutwelcome.enabled\", false);\n"
     "user_pref(\"startup.homepage_welcome_url\", \"\");\n"
     "user_pref(\"startup.homepage_welcome_url.additional\", \"\");\n"
-    "user_pref(\"browser.sessionstore.resume_from_crash\", false);\n"
-    "user_pref(\"browser.tabs.warnOnClose\", false);\n"
     "user_pref(\"datareporting.policy.dataSubmissionEnabled\", false);\n"
     "user_pref(\"datareporting.policy.dataSubmissionPolicyBypassNotification\", true);\n"
     "user_pref(\"datareporting.policy.firstRunURL\", \"\");\n"

@@ -1,8 +1,7 @@
 // Grab as a user has it: a real Firefox showing a page with several lines selected, the add-on and the contact
 // manager, all on an X server with a window manager (scripts/x11-session.sh runs this test), driven through xdotool.
-// What the grab brought is seen where it ends up: Update Contact writes the boxes into the contact manager's database.
-//
-// Firefox is started once, on a page served from here whose selection the test sets (PickPage.h).
+// What the grab brought is seen where it ends up: Update Contact writes the boxes into the contact manager's
+// database. Firefox shows a page served from here, whose selection the test sets (PickPage.h).
 
 #include "act/DBusBackend.h"
 #include "store/ContactStore.h"
