@@ -26,6 +26,7 @@ class TestAddonFollowsHost : public QObject {
     QProcess m_addon;
     QString m_hostWindow;
     QString m_addonWindow;
+    QProcessEnvironment m_env;
     DBusBackend m_backend;
 
     QStringList opened() const { return QString::fromUtf8(TestHome::read(m_opened)).split(u'\n', Qt::SkipEmptyParts); }
@@ -55,11 +56,11 @@ private slots:
             m_home.write(u"opener.sh"_s, "#!/bin/sh\nprintf '%s\\n' \"$1\" >> '" + QFile::encodeName(m_opened) + "'\n");
         QVERIFY(QFile::setPermissions(opener, QFile::permissions(opener) | QFileDevice::ExeOwner));
 
-        QProcessEnvironment env = programEnvironment(m_home.path());
-        env.insert(u"CORVALENT_OPENER"_s, opener);
-        m_hostWindow = startHostWindow(m_host, env, m_database);
+        m_env = programEnvironment(m_home.path());
+        m_env.insert(u"CORVALENT_OPENER"_s, opener);
+        m_hostWindow = startHostWindow(m_host, m_env, m_database);
         QVERIFY2(!m_hostWindow.isEmpty(), "the contact manager's window did not appear");
-        m_addonWindow = startAddonWindow(m_addon, env);
+        m_addonWindow = startAddonWindow(m_addon, m_env);
         QVERIFY2(!m_addonWindow.isEmpty(), "the add-on's window did not appear");
     }
 
@@ -96,8 +97,7 @@ private slots:
     }
 
     // File > Close Database in the contact manager ends the add-on, and only the add-on: the add-on ends on the
-    // event, not on the contact manager leaving the bus. (File > Exit and the window's place kept are
-    // tst_mainwindow's.)
+    // event, not on the contact manager leaving the bus. (The window's place kept is tst_mainwindow's.)
     void closingTheDatabaseEndsTheAddon()
     {
         QVERIFY(type(m_hostWindow, u"ctrl+w"_s));
@@ -105,6 +105,19 @@ private slots:
         QCOMPARE(m_addon.exitStatus(), QProcess::NormalExit);
         QCOMPARE(m_addon.exitCode(), 0);
         QCOMPARE(m_host.state(), QProcess::Running);
+    }
+
+    // The database opened again over the bus and File > Exit: a running add-on ends with the contact manager.
+    void exitingTheContactManagerEndsTheAddon()
+    {
+        m_backend.create(kProgIdApp)->invoke(u"OpenFile"_s, {m_database});
+        QVERIFY(!startAddonWindow(m_addon, m_env).isEmpty());
+        QVERIFY(type(m_hostWindow, u"ctrl+q"_s));
+        QVERIFY2(m_addon.waitForFinished(kWindowMs), qPrintable(windowTitles(m_addon).join(u", "_s)));
+        QCOMPARE(m_addon.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_addon.exitCode(), 0);
+        QVERIFY(m_host.waitForFinished(kWindowMs));
+        QCOMPARE(m_host.exitStatus(), QProcess::NormalExit);
     }
 };
 
