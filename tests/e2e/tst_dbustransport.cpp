@@ -282,9 +282,13 @@ private slots:
         QCOMPARE(object->invoke(u"Echo"_s, {2}).toInt(), 2);
     }
 
+    // Reported to a client with its events attached, not to one that has detached them.
     void aLostHostIsReportedAndItsObjectsFail()
     {
         QSignalSpy lost(&m_backend->events(), &HostEvents::hostLost);
+        DBusBackend detached;
+        QSignalSpy unheard(&detached.events(), &HostEvents::hostLost);
+        detached.create(kProgIdEvents)->invoke(kEventMemberDetach);
         const AutomationPtr object = create();
         stopService();
         QVERIFY(lost.wait(5000));
@@ -296,6 +300,7 @@ private slots:
         startService();
         QCOMPARE(test::raisedPair(echo), notRunning);
         QVERIFY(create());
+        QCOMPARE(unheard.size(), 0); // it went out with `lost`, several round trips ago
     }
 };
 
