@@ -37,8 +37,6 @@ inline constexpr char kFirefoxUserJs[] =
     "user_pref(\"browser.aboutwelcome.enabled\", false);\n"
     "user_pref(\"startup.homepage_welcome_url\", \"\");\n"
     "user_pref(\"startup.homepage_welcome_url.additional\", \"\");\n"
-    "user_pref(\"browser.sessionstore.resume_from_crash\", false);\n"
-    "user_pref(\"browser.tabs.warnOnClose\", false);\n"
     "user_pref(\"datareporting.policy.dataSubmissionEnabled\", false);\n"
     "user_pref(\"datareporting.policy.dataSubmissionPolicyBypassNotification\", true);\n"
     "user_pref(\"datareporting.policy.firstRunURL\", \"\");\n"
@@ -113,8 +111,7 @@ public:
     // What the browser reported as its selection once the page showed round `round`; nothing until then.
     std::optional<QString> selected(int round) const
     {
-        const auto it = m_selected.constFind(round);
-        return it == m_selected.constEnd() ? std::nullopt : std::optional<QString>(*it);
+        return m_selected.contains(round) ? std::optional(m_selected.value(round)) : std::nullopt;
     }
 
     // The page as the browser gets it.
@@ -164,12 +161,10 @@ private:
     void answer(QTcpSocket* socket, const QByteArray& requestLine)
     {
         QObject::disconnect(socket, &QTcpSocket::readyRead, nullptr, nullptr);
-        const QList<QByteArray> words = requestLine.split(' ');
-        const QUrl target(QString::fromLatin1(words.value(1)));
+        // The browser sends GET requests only: the method is not looked at.
+        const QUrl target(QString::fromLatin1(requestLine.split(' ').value(1)));
         const QUrlQuery query(target);
-        if (words.value(0) != "GET") {
-            reply(socket, "405 Method Not Allowed", "text/plain", "GET only");
-        } else if (target.path() == QLatin1String("/page.html")) {
+        if (target.path() == QLatin1String("/page.html")) {
             reply(socket, "200 OK", "text/html; charset=utf-8", page());
         } else if (target.path() == QLatin1String("/state")) {
             // Held until there is text the page has not shown yet.

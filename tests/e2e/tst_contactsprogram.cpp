@@ -76,11 +76,9 @@ private slots:
         const QString file = m_dir.filePath(u"generated.cvdb"_s);
         const QStringList args{u"--generate"_s, u"1000"_s, file};
         QCOMPARE(run(args).code, 0);
-        {
-            host::ContactStore store;
-            store.open(file);
-            QCOMPARE(store.contactCount(), 1000);
-        }
+        host::ContactStore store;
+        store.open(file);
+        QCOMPARE(store.contactCount(), 1000);
         const QByteArray bytes = test::TestHome::read(file);
         QCOMPARE(run(args).code, 1);
         QCOMPARE(test::TestHome::read(file), bytes);
@@ -108,8 +106,7 @@ private slots:
         DBusBackend backend;
         const AutomationPtr app = backend.create(kProgIdApp);
         QCOMPARE(app->invoke(u"GetOpenDBName"_s).toString(), QFileInfo(expected).absoluteFilePath());
-        QVERIFY(!toObject(toObject(app->invoke(u"Views"_s))->invoke(u"Create"_s, {qint16(1), u"CV"_s}))
-                     ->invoke(u"GetField"_s, {qint16(26)}).toString().isEmpty());
+        QVERIFY(test::currentContactId(backend) > 0);
         QSignalSpy closing(&backend.events(), &HostEvents::OnActUserWantsToClose);
         QSignalSpy closed(&backend.events(), &HostEvents::OnDatabaseClose);
         app->invoke(u"Command"_s, {qint16(150)});

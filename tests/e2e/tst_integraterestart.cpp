@@ -4,42 +4,18 @@
 
 #include "act/DBusBackend.h"
 #include "store/ContactStore.h"
-#include "support/BusSupport.h"
 #include "support/TestHome.h"
 #include "X11Driver.h"
-
-#include <QTest>
 
 using namespace corvalent;
 using namespace corvalent::test;
 using namespace Qt::StringLiterals;
 
-namespace {
-
-// A visible window of any process whose title matches, as it is now; the restarted programs are not the test's
-// children.
-QString anyWindowNow(const QString& titlePattern)
-{
-    return xdotool({u"search"_s, u"--onlyvisible"_s, u"--name"_s, titlePattern}, true)
-        .value_or(QString())
-        .section(u'\n', 0, 0)
-        .trimmed();
-}
-
-QString anyWindow(const QString& titlePattern)
-{
-    QString window;
-    (void)QTest::qWaitFor([&] { return !(window = anyWindowNow(titlePattern)).isEmpty(); }, kWindowMs);
-    return window;
-}
-
-} // namespace
-
 class TestIntegrateRestart : public QObject {
     Q_OBJECT
 
     TestHome m_home;
-    QString m_database;
+    QString m_database = m_home.file(u"Contacts.cvdb"_s);
     QProcess m_host;
     QProcess m_addon;
 
@@ -48,7 +24,6 @@ private slots:
     {
         const QString missing = missingForX11Session();
         QVERIFY2(missing.isEmpty(), qPrintable(missing));
-        m_database = m_home.file(u"Contacts.cvdb"_s);
         host::writeSampleDatabase(m_database);
 
         // The restart opens the database "with the desktop": here straight with the contact manager.
@@ -67,29 +42,28 @@ private slots:
                 backend.create(kProgIdApp)->invoke(u"Command"_s, {qint16(150)});
             } catch (const Error&) {
             }
-            (void)QTest::qWaitFor([] { return !hostOnBus(); }, kWindowMs);
+            (void)QTest::qWaitFor([] { return windowNow(nullptr, u"^Corvalent"_s).isEmpty(); }, kWindowMs);
         }
-        (void)QTest::qWaitFor([] { return anyWindowNow(u"^Corvalent"_s).isEmpty(); }, kWindowMs);
         stop(m_addon);
         stop(m_host);
     }
 
     void restartKeepsTheButton()
     {
-        const QString addon = windowNow(m_addon, u"^Corvalent$"_s);
+        const QString addon = windowNow(&m_addon, u"^Corvalent$"_s);
         QVERIFY(type(addon, u"alt+o"_s) && type(addon, u"Return"_s)); // Options > Integrate with Corvalent Contacts...
-        const QString integrate = waitForWindow(m_addon, u"^Integrate with Corvalent Contacts$"_s);
+        const QString integrate = waitForWindow(&m_addon, u"^Integrate with Corvalent Contacts$"_s);
         QVERIFY2(!integrate.isEmpty(), qPrintable(windowTitles(m_addon).join(u", "_s)));
         QVERIFY(type(integrate, u"space"_s) && type(integrate, u"Return"_s)); // the Contacts toolbar, Close
-        const QString question = waitForWindow(m_addon, u"^Restart$"_s);
+        const QString question = waitForWindow(&m_addon, u"^Restart$"_s);
         QVERIFY2(!question.isEmpty(), qPrintable(windowTitles(m_addon).join(u", "_s)));
         QVERIFY(type(question, u"alt+y"_s));
 
         QVERIFY2(m_host.waitForFinished(kWindowMs), "the contact manager did not close");
         QVERIFY2(m_addon.waitForFinished(kWindowMs), "the add-on did not end");
         QVERIFY(QTest::qWaitFor(hostOnBus, kWindowMs));
-        QVERIFY2(!anyWindow(u"^Corvalent Contacts"_s).isEmpty(), "the contact manager did not come back");
-        QVERIFY2(!anyWindow(u"^Corvalent$"_s).isEmpty(), "the add-on did not come back");
+        QVERIFY2(!waitForWindow(nullptr, u"^Corvalent Contacts"_s).isEmpty(), "the contact manager did not come back");
+        QVERIFY2(!waitForWindow(nullptr, u"^Corvalent$"_s).isEmpty(), "the add-on did not come back");
 
         DBusBackend backend;
         QCOMPARE(backend.create(kProgIdApp)->invoke(u"GetOpenDBName"_s).toString(), m_database);
