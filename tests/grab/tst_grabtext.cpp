@@ -7,94 +7,65 @@
 
 using namespace corvalent;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-// "title" then ";"-separated marks: hidden, child, tool, owner=N, mute (never copies), class=NAME. The selection a
-// window copies is "from N", N being its place from the top, counted from 1.
-QList<test::ScriptedWindow> parseWindows(const QStringList& lines)
-{
-    QList<test::ScriptedWindow> windows;
-    for (const QString& line : lines) {
-        const QStringList marks = line.split(u';');
-        test::ScriptedWindow w;
-        w.title = marks.first();
-        w.selection = u"from %1"_s.arg(windows.size() + 1);
-        for (const QString& mark : marks.mid(1)) {
-            if (mark == u"hidden")
-                w.visible = false;
-            else if (mark == u"child")
-                w.child = true;
-            else if (mark == u"tool")
-                w.tool = true;
-            else if (mark == u"mute")
-                w.copies = false;
-            else if (mark == u"stays behind")
-                w.activates = false;
-            else if (mark.startsWith(u"owner="))
-                w.owner = mark.mid(6).toULongLong();
-            else if (mark.startsWith(u"class="))
-                w.programNames << mark.mid(6);
-        }
-        windows << w;
-    }
-    return windows;
-}
-
-} // namespace
+using W = test::ScriptedWindow;
 
 class TestGrabText : public QObject {
     Q_OBJECT
 private slots:
     void findsTheBrowser_data()
     {
-        QTest::addColumn<QStringList>("windows"); // topmost first; the first is our own window
-        QTest::addColumn<QString>("grabbed");
-        const QString firefox = u"Results — Mozilla Firefox"_s;
-        QTest::newRow("browser below ours") << QStringList{u"Corvalent"_s, firefox} << u"from 2"_s;
-        QTest::newRow("topmost never looked at") << QStringList{firefox, u"Editor"_s, firefox} << u"from 3"_s;
-        QTest::newRow("only the topmost") << QStringList{firefox} << QString();
+        QTest::addColumn<QList<W>>("windows"); // topmost first; the first is our own window
+        QTest::addColumn<QString>("grabbed"); // a window copies "from N", N its place from the top counted from 1
+        const W ours{.title = u"Corvalent"_s};
+        const W firefox{.title = u"Results — Mozilla Firefox"_s};
+        QTest::newRow("only the topmost") << QList<W>{firefox} << QString();
         QTest::newRow("any case, any program")
-            << QStringList{u"Corvalent"_s, u"notes about mOzIlLa.txt - Editor"_s, firefox} << u"from 2"_s;
-        QTest::newRow("Internet Explorer and Netscape")
-            << QStringList{u"Corvalent"_s, u"Terminal"_s, u"Netscape Navigator"_s} << u"from 3"_s;
-        QTest::newRow("hidden skipped") << QStringList{u"Corvalent"_s, firefox + u";hidden"_s, firefox} << u"from 3"_s;
-        QTest::newRow("child skipped") << QStringList{u"Corvalent"_s, firefox + u";child"_s, firefox} << u"from 3"_s;
-        QTest::newRow("tool skipped") << QStringList{u"Corvalent"_s, firefox + u";tool"_s, firefox} << u"from 3"_s;
+            << QList<W>{ours, {.title = u"notes about mOzIlLa.txt - Editor"_s}, firefox} << u"from 2"_s;
+        QTest::newRow("Netscape") << QList<W>{ours, {.title = u"Terminal"_s}, {.title = u"Netscape Navigator"_s}}
+                                  << u"from 3"_s;
+        QTest::newRow("hidden skipped") << QList<W>{ours, {.title = firefox.title, .visible = false}, firefox}
+                                        << u"from 3"_s;
+        QTest::newRow("child skipped") << QList<W>{ours, {.title = firefox.title, .child = true}, firefox}
+                                       << u"from 3"_s;
+        QTest::newRow("tool skipped") << QList<W>{ours, {.title = firefox.title, .tool = true}, firefox}
+                                      << u"from 3"_s;
         QTest::newRow("dialog of a browser skipped")
-            << QStringList{u"Corvalent"_s, u"Mozilla: Save As;owner=3"_s, firefox} << u"from 3"_s;
+            << QList<W>{ours, {.title = u"Mozilla: Save As"_s, .owner = 3}, firefox} << u"from 3"_s;
         QTest::newRow("owned by a tool window kept")
-            << QStringList{u"Corvalent"_s, u"Mozilla viewer;owner=3"_s, u"palette;tool"_s} << u"from 2"_s;
-        QTest::newRow("known by its program") << QStringList{u"Corvalent"_s, u"Search - Google;class=chromium"_s}
-                                              << u"from 2"_s;
-        QTest::newRow("program name any case")
-            << QStringList{u"Corvalent"_s, u"Search;class=Google-chrome"_s} << u"from 2"_s;
-        QTest::newRow("unknown program") << QStringList{u"Corvalent"_s, u"Search - Google;class=gedit"_s}
-                                         << QString();
+            << QList<W>{ours, {.title = u"Mozilla viewer"_s, .owner = 3}, {.title = u"palette"_s, .tool = true}}
+            << u"from 2"_s;
+        QTest::newRow("known by its program, any case")
+            << QList<W>{ours, {.title = u"Search - Google"_s, .programNames = {u"Google-chrome"_s}}} << u"from 2"_s;
+        QTest::newRow("unknown program")
+            << QList<W>{ours, {.title = u"Search - Google"_s, .programNames = {u"gedit"_s}}} << QString();
         QTest::newRow("title word past 255 characters")
-            << QStringList{u"Corvalent"_s, QString(255, u'x') + u"Mozilla"_s} << QString();
-        QTest::newRow("browser that never copies") << QStringList{u"Corvalent"_s, firefox + u";mute"_s} << QString();
+            << QList<W>{ours, {.title = QString(255, u'x') + u"Mozilla"_s}} << QString();
+        QTest::newRow("browser that never copies")
+            << QList<W>{ours, {.title = firefox.title, .copies = false}} << QString();
         QTest::newRow("browser that stays behind")
-            << QStringList{u"Corvalent"_s, firefox + u";stays behind"_s} << QString();
-        QTest::newRow("no windows") << QStringList{} << QString();
+            << QList<W>{ours, {.title = firefox.title, .activates = false}} << QString();
+        QTest::newRow("no windows") << QList<W>{} << QString();
     }
     void findsTheBrowser()
     {
-        QFETCH(QStringList, windows);
+        QFETCH(QList<W>, windows);
         QFETCH(QString, grabbed);
-        test::ScriptedDesktop desktop(parseWindows(windows));
+        for (qsizetype i = 0; i < windows.size(); ++i)
+            windows[i].selection = u"from %1"_s.arg(i + 1);
+        test::ScriptedDesktop desktop(windows);
         desktop.clipboard = u"what the user copied before"_s;
         GrabText grab(desktop);
         QCOMPARE(grab.GrabBrowserText(), grabbed);
         // The clipboard is emptied before the walk, whatever it finds.
         QCOMPARE(desktop.log.value(0), u"clear"_s);
         // Ctrl+C goes only to a browser that came to the front.
-        QCOMPARE(desktop.log.contains(u"copy"_s), !grabbed.isEmpty() || windows.join(u' ').contains(u"mute"_s));
+        const bool mute = std::any_of(windows.cbegin(), windows.cend(), [](const W& w) { return !w.copies; });
+        QCOMPARE(desktop.log.contains(u"copy"_s), !grabbed.isEmpty() || mute);
     }
 
     void copiesAfterActivating()
     {
-        test::ScriptedDesktop desktop(parseWindows({u"Corvalent"_s, u"Mozilla Firefox"_s}));
+        test::ScriptedDesktop desktop({W::named(u"Corvalent"_s), W::named(u"Mozilla Firefox"_s)});
         GrabText grab(desktop);
         grab.GrabBrowserText();
         QCOMPARE(desktop.log, (QStringList{u"clear"_s, u"clear"_s, u"activate 2"_s, u"copy"_s, u"activate 2"_s}));
@@ -106,12 +77,9 @@ private slots:
         QTest::addColumn<int>("max");
         QTest::addColumn<QString>("expected");
         QTest::addColumn<bool>("cut");
-        QTest::newRow("LF") << u"a\nb\n"_s << 100 << u"a\r\nb\r\n"_s << false;
-        QTest::newRow("CR LF kept") << u"a\r\nb"_s << 100 << u"a\r\nb"_s << false;
-        QTest::newRow("lone CR") << u"a\rb"_s << 100 << u"a\r\nb"_s << false;
-        QTest::newRow("LF CR is two breaks") << u"a\n\rb"_s << 100 << u"a\r\n\r\nb"_s << false;
+        QTest::newRow("LF, CR LF, lone CR, LF CR") << u"a\nb\r\nc\rd\n\re"_s << 100 << u"a\r\nb\r\nc\r\nd\r\n\r\ne"_s
+                                                   << false;
         QTest::newRow("NULs dropped") << QString::fromUtf16(u"a\0b\0", 4) << 100 << u"ab"_s << false;
-        QTest::newRow("cut") << u"abcdef"_s << 4 << u"abcd"_s << true;
         QTest::newRow("break not halved by the cut") << u"abc\nd"_s << 4 << u"abc"_s << true;
         QTest::newRow("character not halved by the cut") << u"ab😀"_s << 3 << u"ab"_s << true;
         QTest::newRow("just fits") << u"ab😀"_s << 4 << u"ab😀"_s << false;
@@ -129,11 +97,8 @@ private slots:
     void aMegabyteAndMoreIsCut()
     {
         // Two megabytes of lines, as a page selected whole might give.
-        QString page;
-        while (page.size() < 2 * GrabText::kMaxGrabChars)
-            page += u"A line of a long page\n"_s;
-        test::ScriptedDesktop desktop(
-            {test::ScriptedWindow::named(u"Corvalent"_s), test::ScriptedWindow::named(u"Mozilla Firefox"_s, page)});
+        const QString page = u"A line of a long page\n"_s.repeated(2 * GrabText::kMaxGrabChars / 22 + 1);
+        test::ScriptedDesktop desktop({W::named(u"Corvalent"_s), W::named(u"Mozilla Firefox"_s, page)});
         GrabText grab(desktop);
         const QString text = grab.GrabBrowserText();
         QVERIFY(grab.lastGrabWasCut());
