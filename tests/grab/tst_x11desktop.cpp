@@ -15,8 +15,6 @@
 
 #include <xcb/xcb.h>
 
-#include <csignal>
-#include <cstring>
 #include <memory>
 
 using namespace corvalent;
@@ -33,48 +31,6 @@ void writeProperty(WId window, xcb_atom_t property, xcb_atom_t type, int format,
     xcb_change_property(c, XCB_PROP_MODE_REPLACE, xcb_window_t(window), property, type, uint8_t(format),
                         uint32_t(value.size() * 8 / format), value.constData());
     free(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
-}
-
-// The helper program, another client of the X server: it shows one window and copies on Ctrl+C.
-class CopyWindow {
-public:
-    CopyWindow(const QString& mode, const QString& text)
-    {
-        QObject::connect(&m_process, &QProcess::readyReadStandardOutput, [this] {
-            while (m_process.canReadLine()) {
-                const QByteArray line = m_process.readLine().trimmed();
-                if (line.startsWith("window "))
-                    m_window = line.mid(7).toULongLong();
-                m_owned += line == "owned";
-            }
-        });
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(qEnvironmentVariable("CORVALENT_COPY_WINDOW"), {mode});
-        m_process.write(text.toUtf8());
-        m_process.closeWriteChannel();
-    }
-    ~CopyWindow()
-    {
-        ::kill(pid_t(m_process.processId()), SIGCONT);
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-    void stop() { ::kill(pid_t(m_process.processId()), SIGSTOP); }
-
-    QProcess m_process;
-    WindowHandle m_window = 0;
-    int m_owned = 0;
-};
-
-// A mebibyte of lines of mixed scripts, as a long result page gives.
-QString largeText()
-{
-    QString text;
-    for (int line = 0; text.toUtf8().size() < (1 << 20); line += 1000) {
-        for (int i = line; i < line + 1000; ++i)
-            text += u"Line %1: Grabbed text é 漢字 ünïcödé ½\n"_s.arg(i, 6, 10, QChar(u'0'));
-    }
-    return text;
 }
 
 } // namespace
@@ -99,7 +55,6 @@ private slots:
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("facts");
-        QTest::newRow("browser") << u"normal"_s << u"Page — Mozilla Firefox"_s << u"visible"_s;
         QTest::newRow("owned palette") << u"tool"_s << u"Palette ä"_s << u"visible tool owned"_s;
         QTest::newRow("minimised") << u"minimised"_s << u"Hidden Netscape"_s << QString();
         QTest::newRow("latin-1 name only") << u"legacy"_s << u"Café Netscape"_s << u"visible"_s;
@@ -189,14 +144,14 @@ private slots:
         QTest::addColumn<QString>("mode");
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
-        const QString line = u"Grabbed text é 漢字"_s;
-        const QString large = largeText();
-        QTest::newRow("selected line") << u"line"_s << line << line;
-        QTest::newRow("1 MiB, in pieces") << u"pieces"_s << large << large;
+        // Over a mebibyte of lines of mixed scripts, as a long result page gives.
+        QString large;
+        for (int line = 0; large.size() < 900'000; ++line)
+            large += u"Line %1: Grabbed text é 漢字 ünïcödé ½\n"_s.arg(line, 6, 10, QChar(u'0'));
+        QTest::newRow("over 1 MiB, in pieces") << u"utf8"_s << large << large;
         QTest::newRow("latin-1 only") << u"latin1"_s << u"Grabbed text é ½"_s << u"Grabbed text é ½"_s;
-        QTest::newRow("a picture") << u"image"_s << line << QString();
-        QTest::newRow("nothing selected") << u"none"_s << line << QString();
-        QTest::newRow("owner stopped") << u"stopped"_s << line << QString();
+        QTest::newRow("nothing selected") << u"none"_s << u"Grabbed"_s << QString();
+        QTest::newRow("owner stopped") << u"stopped"_s << u"Grabbed"_s << QString();
     }
 
     void copy()
@@ -204,34 +159,35 @@ private slots:
         QFETCH(QString, mode);
         QFETCH(QString, text);
         QFETCH(QString, expected);
-        const bool runsOut = mode == u"none" || mode == u"stopped";
-        CopyWindow helper(mode == u"stopped" ? u"line"_s : mode, text);
-        QTRY_VERIFY_WITH_TIMEOUT(helper.m_window != 0 || helper.m_process.state() == QProcess::NotRunning, kWindowMs);
-        QTRY_VERIFY_WITH_TIMEOUT(m_desktop->isVisible(helper.m_window), kWindowMs);
+        QProcess helper;
+        helper.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        helper.start(qEnvironmentVariable("CORVALENT_COPY_WINDOW"), {mode});
+        helper.write(text.toUtf8());
+        helper.closeWriteChannel();
+        QVERIFY(helper.waitForReadyRead(kWindowMs));
+        const WindowHandle window = helper.readLine().mid(7).trimmed().toULongLong();
+        QTRY_VERIFY_WITH_TIMEOUT(m_desktop->isVisible(window), kWindowMs);
 
         // Whatever was on the clipboard before must not pass for the copy.
         QGuiApplication::clipboard()->setText(u"Old clipboard text"_s);
         m_desktop->clearClipboard();
-        QVERIFY(m_desktop->activate(helper.m_window, kWindowMs));
+        QVERIFY(m_desktop->activate(window, kWindowMs));
         m_desktop->sendCopyKeystroke();
-        if (mode == u"stopped") {
-            QTRY_VERIFY_WITH_TIMEOUT(helper.m_owned > 0, kWindowMs);
-            helper.stop();
-        }
 
+        const bool runsOut = expected.isEmpty();
         int ticks = 0;
         QTimer ticker;
         connect(&ticker, &QTimer::timeout, [&] { ++ticks; });
         ticker.start(10);
         QElapsedTimer took;
         took.start();
-        const QString got = m_desktop->waitForClipboardText(runsOut ? 1000 : 20000);
-        QCOMPARE(got.size(), expected.size());
-        QCOMPARE(got, expected);
+        QCOMPARE(m_desktop->waitForClipboardText(runsOut ? 1000 : 20000), expected);
         if (runsOut) {
             QVERIFY2(took.elapsed() < 3000, qPrintable(QString::number(took.elapsed())));
             QVERIFY2(ticks > 0, "the event loop stood still while waiting");
         }
+        helper.kill();
+        helper.waitForFinished();
     }
 
 private:

@@ -1,39 +1,29 @@
-// A stand-in for the browser: a window of another program whose selection Ctrl+C copies, so that the clipboard's
-// owner is a client other than the one reading it.
+// A stand-in for the browser: a window of another program that puts text on the clipboard when it gets Ctrl+C, so
+// that the clipboard's owner is a client other than the one reading it.
 //
 // Usage: x11_copy_window MODE < TEXT
-//   line   a one-line box holding the text, all of it selected
-//   none   the same box with nothing selected: Ctrl+C copies nothing
-//   image  Ctrl+C puts a picture on the clipboard, no text
-//   latin1 Ctrl+C puts the text on the clipboard as an old program does: Latin-1 under STRING, no UTF-8
-//   pieces Ctrl+C puts the text on the clipboard as UTF-8, in pieces of 64 KiB (INCR) when longer
-// It prints "window ID" once its window is shown and "owned" each time it has put something on the clipboard.
+//   utf8    Ctrl+C puts the text on the clipboard as UTF-8, in pieces of 64 KiB (INCR) when longer
+//   latin1  Ctrl+C puts it there as an old program does: Latin-1 under STRING, no UTF-8
+//   stopped as utf8, but the program stops as soon as it holds the clipboard and never answers
+//   none    Ctrl+C copies nothing
+// It prints "window ID" once its window is shown.
 
 #include "X11Connection.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QApplication>
-#include <QClipboard>
 #include <QFile>
-#include <QImage>
-#include <QLineEdit>
 #include <QShortcut>
+#include <QWidget>
 
 #include <xcb/xcb.h>
 
+#include <csignal>
 #include <cstdio>
-#include <cstring>
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void say(const QByteArray& line)
-{
-    std::printf("%s\n", line.constData());
-    std::fflush(stdout);
-}
 
 // Holds the CLIPBOARD and answers requests itself, before Qt sees them, as other toolkits do: the text under one
 // type only, and in pieces of `m_piece` bytes through the INCR protocol when it is longer than that.
@@ -110,44 +100,23 @@ int main(int argc, char** argv)
     in.open(stdin, QIODevice::ReadOnly);
     const QString text = QString::fromUtf8(in.readAll());
 
-    std::unique_ptr<QWidget> window;
-    std::unique_ptr<RawOwner> raw;
-    if (mode == u"line" || mode == u"none") {
-        auto* box = new QLineEdit(text);
-        mode == u"line" ? box->selectAll() : box->deselect();
-        window.reset(box);
-    } else {
-        window = std::make_unique<QWidget>();
-        const bool latin1 = mode == u"latin1";
-        if (latin1 || mode == u"pieces") {
-            raw = std::make_unique<RawOwner>(xcb_window_t(window->winId()),
-                                             latin1 ? xcb_atom_t(XCB_ATOM_STRING) : atom("UTF8_STRING"),
-                                             latin1 ? text.toLatin1() : text.toUtf8());
-            app.installNativeEventFilter(raw.get());
-        } else if (mode != u"image") {
-            return 2;
-        }
-        QObject::connect(new QShortcut(QKeySequence::Copy, window.get()), &QShortcut::activated, [&] {
-            if (raw) {
-                xcb_set_selection_owner(qtConnection(), raw->m_window, atom("CLIPBOARD"), XCB_CURRENT_TIME);
-                xcb_flush(qtConnection());
-                return say("owned");
-            }
-            QImage picture(16, 16, QImage::Format_RGB32);
-            picture.fill(Qt::darkGreen);
-            QGuiApplication::clipboard()->setImage(picture);
+    QWidget window;
+    const bool latin1 = mode == u"latin1";
+    RawOwner raw(xcb_window_t(window.winId()), latin1 ? xcb_atom_t(XCB_ATOM_STRING) : atom("UTF8_STRING"),
+                 latin1 ? text.toLatin1() : text.toUtf8());
+    app.installNativeEventFilter(&raw);
+    if (mode != u"none") {
+        QObject::connect(new QShortcut(QKeySequence::Copy, &window), &QShortcut::activated, [&] {
+            xcb_set_selection_owner(qtConnection(), raw.m_window, atom("CLIPBOARD"), XCB_CURRENT_TIME);
+            xcb_flush(qtConnection());
+            if (mode == u"stopped") // before the event loop could answer a request
+                std::raise(SIGSTOP);
         });
     }
-    // Every change of the clipboard is told here, also another program's: only our own counts.
-    QObject::connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, [] {
-        if (QGuiApplication::clipboard()->ownsClipboard())
-            say("owned");
-    });
-
-    window->setWindowTitle(u"Page — Mozilla Firefox"_s);
-    window->resize(400, 200);
-    window->show();
-    window->setFocus();
-    say("window " + QByteArray::number(window->winId()));
+    window.setWindowTitle(u"Page — Mozilla Firefox"_s);
+    window.resize(400, 200);
+    window.show();
+    std::printf("window %llu\n", static_cast<unsigned long long>(window.winId()));
+    std::fflush(stdout);
     return app.exec();
 }
