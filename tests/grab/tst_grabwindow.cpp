@@ -109,40 +109,67 @@ private slots:
     void collectorHandsOutLines()
     {
         MainWindow& w = start();
+        w.move(450, 120); // room on its left for the collector
         grab(0, u"John Smith\n\n--- Acme Ltd\n1500 Main Street, Springfield\n"_s);
         QVERIFY(w.bSmartParserOn);
         QCOMPARE(m->boxes(), kOriginal); // nothing written until a line is handed out
         auto parser = w.findChild<SmartParserWindow*>(u"frmSmartParser"_s);
-        QVERIFY(parser && parser->isVisible());
-        QCOMPARE(parser->currentText(), u"John Smith"_s);
+        QVERIFY(parser && QTest::qWaitForWindowExposed(parser));
+        QCOMPARE(parser->windowTitle(), u"Smart Data Collector"_s);
+        // Left of the main window, centred on it.
+        const QRect own = parser->frameGeometry();
+        QCOMPARE(own.left(), w.frameGeometry().left() - own.width());
+        QVERIFY2(qAbs(own.center().y() - w.frameGeometry().center().y()) <= 1,
+                 qPrintable(QString::number(own.top())));
+        auto* current = parser->findChild<QLineEdit*>(u"txtCurrent"_s);
+        auto* next = parser->findChild<QPushButton*>(u"cmdUp"_s);
+        auto* previous = parser->findChild<QPushButton*>(u"cmdDown"_s);
+        QCOMPARE(current->text(), u"John Smith"_s);
+        QVERIFY(next->isEnabled() && !previous->isEnabled());
         // Ctrl+1 is the first box's Grab, also while the collector is open.
         QTest::keyClick(&w, Qt::Key_1, Qt::ControlModifier);
         QCOMPARE(m->box(0)->text(), u"John Smith"_s);
-        QCOMPARE(parser->currentText(), u"Acme Ltd"_s);
+        QCOMPARE(current->text(), u"Acme Ltd"_s);
         // Ctrl+Down and Ctrl+Up move it from the main window, as does a click on the window's background (a click on
         // a caption is not one).
         QTest::keyClick(&w, Qt::Key_Down, Qt::ControlModifier);
-        QCOMPARE(parser->currentText(), u"1500 Main Street, Springfield"_s);
+        QCOMPARE(current->text(), u"1500 Main Street, Springfield"_s);
+        QVERIFY(!next->isEnabled() && previous->isEnabled());
         QTest::keyClick(&w, Qt::Key_Up, Qt::ControlModifier);
         QTest::mouseClick(m->widget<QWidget>(u"lblContact"_s), Qt::LeftButton);
-        QCOMPARE(parser->currentText(), u"Acme Ltd"_s);
+        QCOMPARE(current->text(), u"Acme Ltd"_s);
         QTest::mouseClick(m->widget<QWidget>(u"fraContactInformation"_s), Qt::LeftButton, {}, QPoint(2, 2));
         // Part of a line: the selection goes, the rest stays for the next box.
-        parser->findChild<QLineEdit*>(u"txtCurrent"_s)->setSelection(0, 16);
+        current->setSelection(0, 16);
         QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(2)"_s), Qt::LeftButton);
         QCOMPARE(m->box(2)->text(), u"1500 Main Street"_s);
-        QCOMPARE(parser->currentText(), u"Springfield"_s);
+        QCOMPARE(current->text(), u"Springfield"_s);
+        // What the user types into the box is what the next step works on.
+        current->selectAll();
+        QTest::keyClicks(current, u"Springfield, IL 62704"_s);
+        current->setSelection(0, 11);
         QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(3)"_s), Qt::LeftButton);
-        QCOMPARE(m->boxes(),
-                 changed(kOriginal, {{0, u"John Smith"_s}, {2, u"1500 Main Street"_s}, {3, u"Springfield"_s}}));
+        QCOMPARE(current->text(), u"IL 62704"_s);
+        QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(6)"_s), Qt::LeftButton);
+        QCOMPARE(m->boxes(), changed(kOriginal, {{0, u"John Smith"_s}, {2, u"1500 Main Street"_s},
+                                                 {3, u"Springfield"_s}, {6, u"IL 62704"_s}}));
         // Nothing left: the collector is gone, and undo takes back the last grab only.
         QTRY_VERIFY(!w.bSmartParserOn);
         QTRY_VERIFY(!w.findChild<SmartParserWindow*>());
         undo()->trigger();
-        QCOMPARE(m->boxes(), changed(kOriginal, {{0, u"John Smith"_s}, {2, u"1500 Main Street"_s}}));
+        QCOMPARE(m->box(6)->text(), kOriginal[6]);
+        QCOMPARE(m->box(3)->text(), u"Springfield"_s);
+        // Escape closes it, and the main window hears of it.
+        grab(0, u"One\nTwo"_s);
+        QPointer<SmartParserWindow> left = w.smartParser();
+        left->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(left));
+        QTest::keyClick(left->findChild<QLineEdit*>(u"txtCurrent"_s), Qt::Key_Escape);
+        QTRY_VERIFY(left.isNull());
+        QVERIFY(!w.bSmartParserOn);
         // Taken down with the main window, an open collector goes with it.
         grab(0, u"One\nTwo"_s);
-        const QPointer<SmartParserWindow> left = w.smartParser();
+        left = w.smartParser();
         QVERIFY(left);
         m.reset();
         QVERIFY(left.isNull());

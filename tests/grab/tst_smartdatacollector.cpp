@@ -1,13 +1,8 @@
-// The Smart Data Collector: how grabbed lines are cleaned, walked and handed out, and its window.
+// The Smart Data Collector: how grabbed lines are cleaned, walked and handed out. Its window is tst_grabwindow's.
 
 #include "common/Prompter.h"
 #include "grab/SmartDataCollector.h"
-#include "grab/SmartParserWindow.h"
 
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPointer>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -119,52 +114,7 @@ private slots:
         QTEST(state(c), "where");
         QCOMPARE(finished.count(), c.isFinished() ? 1 : 0);
     }
-
-    void window()
-    {
-        QWidget main;
-        main.setGeometry(450, 120, 220, 360);
-        main.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&main));
-
-        QPointer<SmartParserWindow> w = new SmartParserWindow(crlf(u"Acme Ltd|Phone: 555|Jean, Paris"_s), &main);
-        QSignalSpy unloaded(w.data(), &SmartParserWindow::unloaded);
-        QCOMPARE(w->windowTitle(), u"Smart Data Collector"_s);
-        auto* current = w->findChild<QLineEdit*>(u"txtCurrent"_s);
-        auto* up = w->findChild<QPushButton*>(u"cmdUp"_s);
-        auto* down = w->findChild<QPushButton*>(u"cmdDown"_s);
-
-        // Left of the main window, centred on it.
-        QVERIFY(QTest::qWaitForWindowExposed(w));
-        const QRect own = w->frameGeometry();
-        QCOMPARE(own.left(), main.frameGeometry().left() - own.width());
-        QVERIFY2(qAbs(own.center().y() - main.frameGeometry().center().y()) <= 1,
-                 qPrintable(QString::number(own.top())));
-
-        QCOMPARE(w->findChild<QPlainTextEdit*>(u"txtGrabbed"_s)->toPlainText(), u"Phone: 555\nJean, Paris\n"_s);
-        QVERIFY(up->isEnabled() && !down->isEnabled());
-        QTest::mouseClick(up, Qt::LeftButton);
-        QTest::mouseClick(up, Qt::LeftButton);
-        QCOMPARE(current->text(), u"Jean, Paris"_s);
-        QVERIFY(!up->isEnabled() && down->isEnabled());
-
-        // What the user types into the box is what the next step works on; once nothing is left it closes itself.
-        current->selectAll();
-        QTest::keyClicks(current, u"Jean Tremblay, Acme"_s);
-        current->setSelection(15, 4);
-        w->RemoveText(true);
-        QVERIFY(!w->isVisible());
-        QTRY_VERIFY(w.isNull());
-        QCOMPARE(unloaded.count(), 1);
-
-        // Escape closes it too.
-        w = new SmartParserWindow(crlf(u"a|b"_s), &main);
-        w->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(w));
-        QTest::keyClick(w->findChild<QLineEdit*>(u"txtCurrent"_s), Qt::Key_Escape);
-        QTRY_VERIFY(w.isNull());
-    }
 };
 
-QTEST_MAIN(TestSmartDataCollector)
+QTEST_GUILESS_MAIN(TestSmartDataCollector)
 #include "tst_smartdatacollector.moc"
