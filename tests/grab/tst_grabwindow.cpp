@@ -71,20 +71,19 @@ private slots:
         QTest::addColumn<QString>("selection");
         QTest::addColumn<QString>("usAuto");
         QTest::addColumn<QStringList>("boxes");
-        QTest::newRow("controls and a trailing break dropped")
-            << 1 << u"Acme\tCorp\r\n"_s << u"1"_s << changed(kOriginal, {{1, u"AcmeCorp"_s}});
-        QTest::newRow("nothing selected") << 1 << QString() << u"1"_s << kOriginal;
-        QTest::newRow("city, state and zip into zip")
-            << 5 << u"Springfield, IL 62704"_s << u"1"_s
-            << changed(kOriginal, {{3, u"Springfield"_s}, {4, u"IL"_s}, {5, u"62704"_s}});
-        QTest::newRow("city, province and postal code into state")
-            << 4 << u"Ottawa, Ontario K1P1J1"_s << u"1"_s
-            << changed(kOriginal, {{3, u"Ottawa"_s}, {4, u"ON"_s}, {5, u"K1P 1J1"_s}});
-        QTest::newRow("recognition off") << 5 << u"Springfield, IL 62704"_s << u"0"_s
-                                         << changed(kOriginal, {{5, u"Springfield, IL 62704"_s}});
-        QTest::newRow("not an address line into zip")
-            << 5 << u"Suite 100"_s << u"1"_s << changed(kOriginal, {{5, u"Suite 100"_s}});
-        QTest::newRow("only a zip") << 5 << u"62704-1234"_s << u"1"_s << changed(kOriginal, {{5, u"62704-1234"_s}});
+        const auto row = [](const char* name, int slot, const QString& selection, const QMap<int, QString>& changes,
+                            const QString& usAuto = u"1"_s) {
+            QTest::newRow(name) << slot << selection << usAuto << changed(kOriginal, changes);
+        };
+        row("controls and a trailing break dropped", 1, u"Acme\tCorp\r\n"_s, {{1, u"AcmeCorp"_s}});
+        row("nothing selected", 1, QString(), {});
+        row("city, state and zip into zip", 5, u"Springfield, IL 62704"_s,
+            {{3, u"Springfield"_s}, {4, u"IL"_s}, {5, u"62704"_s}});
+        row("city, province and postal code into state", 4, u"Ottawa, Ontario K1P1J1"_s,
+            {{3, u"Ottawa"_s}, {4, u"ON"_s}, {5, u"K1P 1J1"_s}});
+        row("recognition off", 5, u"Springfield, IL 62704"_s, {{5, u"Springfield, IL 62704"_s}}, u"0"_s);
+        row("not an address line into zip", 5, u"Suite 100"_s, {{5, u"Suite 100"_s}});
+        row("only a zip", 5, u"62704-1234"_s, {{5, u"62704-1234"_s}});
     }
     void grabThenUndo()
     {
