@@ -62,29 +62,17 @@ private slots:
         row("Springfield, Ill.", "Springfield|IL|-"); row("Montréal (Québec)", "Montréal|QC|-");
 
         // Lines of another shape.
-        row(""); row("100 Main St IN"); row("Hello world"); row("PO Box 62706"); row("62706 0001");
+        row(""); row("100 Main St IN"); row("PO Box 62706"); row("62706 0001");
         row("Springfield, IL62706"); row("Springfield IL"); row("Springfield, Ill"); row("Toronto, ON D1F 2G3");
-        row("401 S 2nd St\nSpringfield, IL 62706");
+
+        // Several lines are no address line; blank ones around one line do not make it several.
+        row("401 S 2nd St\n \t\n\tSpringfield, IL 62706"); row("401 S 2nd St\rSpringfield, IL 62706");
+        row("\n \t\r\nSpringfield, IL 62706\n \t \r", "Springfield|IL|62706");
     }
     void recogniseCityStateZip()
     {
         QFETCH(QString, line);
         QTEST(encoded(RecogniseCityStateZip(line)), "expected");
-    }
-
-    void isMultiLine_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("multiLine");
-        QTest::newRow("one line") << "Springfield, IL 62706" << false;
-        QTest::newRow("blank lines around one line") << "\n  \t\r\nSpringfield\n \t \r" << false;
-        QTest::newRow("CR") << "401 S 2nd St\rSpringfield" << true;
-        QTest::newRow("indented second line after a blank one") << "401 S 2nd St\n \t\n\tSpringfield" << true;
-    }
-    void isMultiLine()
-    {
-        QFETCH(QString, text);
-        QTEST(corvalent::isMultiLine(text), "multiLine");
     }
 };
 
