@@ -42,7 +42,6 @@ xcb_atom_t atom(const char* name)
     return result;
 }
 
-
 // Writes a property of the window as a program of its own would, and waits until the server has it.
 void writeProperty(WId window, xcb_atom_t property, xcb_atom_t type, int format, const QByteArray& value)
 {
