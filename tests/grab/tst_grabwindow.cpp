@@ -138,7 +138,7 @@ private slots:
         QTest::mouseClick(m->widget<QWidget>(u"lblContact"_s), Qt::LeftButton);
         QCOMPARE(current->text(), u"Acme Ltd"_s);
         QTest::mouseClick(m->widget<QWidget>(u"fraContactInformation"_s), Qt::LeftButton, {}, QPoint(2, 2));
-        // Part of a line: the selection goes, the rest stays for the next box.
+        // A selection in the line: it goes, and the rest stays for the next box.
         current->setSelection(0, 16);
         QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(2)"_s), Qt::LeftButton);
         QCOMPARE(m->box(2)->text(), u"1500 Main Street"_s);
