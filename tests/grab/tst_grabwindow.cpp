@@ -71,22 +71,19 @@ private slots:
         QTest::addColumn<QString>("selection");
         QTest::addColumn<QString>("usAuto");
         QTest::addColumn<QStringList>("boxes");
-        QTest::newRow("one line") << 1 << u"Acme Corporation"_s << u"1"_s
-                                  << changed(kOriginal, {{1, u"Acme Corporation"_s}});
-        QTest::newRow("controls and a trailing break dropped")
-            << 1 << u"Acme\tCorp\r\n"_s << u"1"_s << changed(kOriginal, {{1, u"AcmeCorp"_s}});
-        QTest::newRow("nothing selected") << 1 << QString() << u"1"_s << kOriginal;
-        QTest::newRow("city, state and zip into zip")
-            << 5 << u"Springfield, IL 62704"_s << u"1"_s
-            << changed(kOriginal, {{3, u"Springfield"_s}, {4, u"IL"_s}, {5, u"62704"_s}});
-        QTest::newRow("city, province and postal code into state")
-            << 4 << u"Ottawa, Ontario K1P1J1"_s << u"1"_s
-            << changed(kOriginal, {{3, u"Ottawa"_s}, {4, u"ON"_s}, {5, u"K1P 1J1"_s}});
-        QTest::newRow("recognition off") << 5 << u"Springfield, IL 62704"_s << u"0"_s
-                                         << changed(kOriginal, {{5, u"Springfield, IL 62704"_s}});
-        QTest::newRow("not an address line into zip")
-            << 5 << u"Suite 100"_s << u"1"_s << changed(kOriginal, {{5, u"Suite 100"_s}});
-        QTest::newRow("only a zip") << 5 << u"62704-1234"_s << u"1"_s << changed(kOriginal, {{5, u"62704-1234"_s}});
+        const auto row = [](const char* name, int slot, const QString& selection, const QMap<int, QString>& changes,
+                            const QString& usAuto = u"1"_s) {
+            QTest::newRow(name) << slot << selection << usAuto << changed(kOriginal, changes);
+        };
+        row("controls and a trailing break dropped", 1, u"Acme\tCorp\r\n"_s, {{1, u"AcmeCorp"_s}});
+        row("nothing selected", 1, QString(), {});
+        row("city, state and zip into zip", 5, u"Springfield, IL 62704"_s,
+            {{3, u"Springfield"_s}, {4, u"IL"_s}, {5, u"62704"_s}});
+        row("city, province and postal code into state", 4, u"Ottawa, Ontario K1P1J1"_s,
+            {{3, u"Ottawa"_s}, {4, u"ON"_s}, {5, u"K1P 1J1"_s}});
+        row("recognition off", 5, u"Springfield, IL 62704"_s, {{5, u"Springfield, IL 62704"_s}}, u"0"_s);
+        row("not an address line into zip", 5, u"Suite 100"_s, {{5, u"Suite 100"_s}});
+        row("only a zip", 5, u"62704-1234"_s, {{5, u"62704-1234"_s}});
     }
     void grabThenUndo()
     {
@@ -111,109 +108,105 @@ private slots:
     void collectorHandsOutLines()
     {
         MainWindow& w = start();
+        w.move(450, 120); // room on its left for the collector
         grab(0, u"John Smith\n\n--- Acme Ltd\n1500 Main Street, Springfield\n"_s);
         QVERIFY(w.bSmartParserOn);
         QCOMPARE(m->boxes(), kOriginal); // nothing written until a line is handed out
         auto parser = w.findChild<SmartParserWindow*>(u"frmSmartParser"_s);
-        QVERIFY(parser && parser->isVisible());
-        QCOMPARE(parser->currentText(), u"John Smith"_s);
+        QVERIFY(parser && QTest::qWaitForWindowExposed(parser));
+        QCOMPARE(parser->windowTitle(), u"Smart Data Collector"_s);
+        // Left of the main window, centred on it.
+        const QRect own = parser->frameGeometry();
+        QCOMPARE(own.left(), w.frameGeometry().left() - own.width());
+        QVERIFY2(qAbs(own.center().y() - w.frameGeometry().center().y()) <= 1,
+                 qPrintable(QString::number(own.top())));
+        auto* current = parser->findChild<QLineEdit*>(u"txtCurrent"_s);
+        auto* next = parser->findChild<QPushButton*>(u"cmdUp"_s);
+        auto* previous = parser->findChild<QPushButton*>(u"cmdDown"_s);
+        QCOMPARE(current->text(), u"John Smith"_s);
+        QVERIFY(next->isEnabled() && !previous->isEnabled());
         // Ctrl+1 is the first box's Grab, also while the collector is open.
         QTest::keyClick(&w, Qt::Key_1, Qt::ControlModifier);
         QCOMPARE(m->box(0)->text(), u"John Smith"_s);
-        QCOMPARE(parser->currentText(), u"Acme Ltd"_s);
+        QCOMPARE(current->text(), u"Acme Ltd"_s);
         // Ctrl+Down and Ctrl+Up move it from the main window, as does a click on the window's background (a click on
         // a caption is not one).
         QTest::keyClick(&w, Qt::Key_Down, Qt::ControlModifier);
-        QCOMPARE(parser->currentText(), u"1500 Main Street, Springfield"_s);
+        QCOMPARE(current->text(), u"1500 Main Street, Springfield"_s);
+        QVERIFY(!next->isEnabled() && previous->isEnabled());
         QTest::keyClick(&w, Qt::Key_Up, Qt::ControlModifier);
         QTest::mouseClick(m->widget<QWidget>(u"lblContact"_s), Qt::LeftButton);
-        QCOMPARE(parser->currentText(), u"Acme Ltd"_s);
+        QCOMPARE(current->text(), u"Acme Ltd"_s);
         QTest::mouseClick(m->widget<QWidget>(u"fraContactInformation"_s), Qt::LeftButton, {}, QPoint(2, 2));
-        QCOMPARE(parser->currentText(), u"1500 Main Street, Springfield"_s);
-        QTest::keyClick(&w, Qt::Key_Up, Qt::ControlModifier);
-        QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(1)"_s), Qt::LeftButton);
-        QCOMPARE(m->box(1)->text(), u"Acme Ltd"_s);
-        // Part of a line: the selection goes, the rest stays for the next box.
-        parser->findChild<QLineEdit*>(u"txtCurrent"_s)->setSelection(0, 16);
+        // A selection in the line: it goes, and the rest stays for the next box.
+        current->setSelection(0, 16);
         QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(2)"_s), Qt::LeftButton);
         QCOMPARE(m->box(2)->text(), u"1500 Main Street"_s);
-        QCOMPARE(parser->currentText(), u"Springfield"_s);
+        QCOMPARE(current->text(), u"Springfield"_s);
+        // What the user types into the box is what the next step works on.
+        current->selectAll();
+        QTest::keyClicks(current, u"Springfield, IL 62704"_s);
+        current->setSelection(0, 11);
         QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(3)"_s), Qt::LeftButton);
-        QCOMPARE(m->boxes(), changed(kOriginal, {{0, u"John Smith"_s}, {1, u"Acme Ltd"_s},
-                                                 {2, u"1500 Main Street"_s}, {3, u"Springfield"_s}}));
-        // Nothing left: the collector is gone and Grab reads the browser again.
+        QCOMPARE(current->text(), u"IL 62704"_s);
+        QTest::mouseClick(m->widget<QPushButton>(u"cmdGrab(6)"_s), Qt::LeftButton);
+        QCOMPARE(m->boxes(), changed(kOriginal, {{0, u"John Smith"_s}, {2, u"1500 Main Street"_s},
+                                                 {3, u"Springfield"_s}, {6, u"IL 62704"_s}}));
+        // Nothing left: the collector is gone, and undo takes back the last grab only.
         QTRY_VERIFY(!w.bSmartParserOn);
         QTRY_VERIFY(!w.findChild<SmartParserWindow*>());
         undo()->trigger();
-        QCOMPARE(m->box(3)->text(), kOriginal[3]);
-        QCOMPARE(m->box(2)->text(), u"1500 Main Street"_s);
-        grab(6, u"Canada"_s);
-        QCOMPARE(m->box(6)->text(), u"Canada"_s);
+        QCOMPARE(m->box(6)->text(), kOriginal[6]);
+        QCOMPARE(m->box(3)->text(), u"Springfield"_s);
+        // Escape closes it, and the main window hears of it.
+        grab(0, u"One\nTwo"_s);
+        QPointer<SmartParserWindow> left = w.smartParser();
+        left->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(left));
+        QTest::keyClick(left->findChild<QLineEdit*>(u"txtCurrent"_s), Qt::Key_Escape);
+        QTRY_VERIFY(left.isNull());
+        QVERIFY(!w.bSmartParserOn);
         // Taken down with the main window, an open collector goes with it.
         grab(0, u"One\nTwo"_s);
-        const QPointer<SmartParserWindow> left = w.smartParser();
+        left = w.smartParser();
         QVERIFY(left);
         m.reset();
         QVERIFY(left.isNull());
     }
 
-    void updateNewContactAndUndo_data()
-    {
-        QTest::addColumn<QString>("steps"); // run in order, separated by blanks
-        QTest::addColumn<QStringList>("contactA");
-        QTest::addColumn<QStringList>("added"); // the rows of a contact added; empty when none was
-        QTest::addColumn<QString>("undoCaption"); // "" when undo is disabled
-        const QStringList& typed = kTyped;
-        const QStringList a = kOriginal.mid(0, 7);
-        QTest::newRow("update, answered No") << u"type update:no"_s << a << QStringList() << QString();
-        QTest::newRow("update") << u"type update:yes"_s << typed << QStringList()
-                                << u"Undo Update Corvalent Contacts"_s;
-        QTest::newRow("update undone") << u"type update:yes undo"_s << a << QStringList() << QString();
-        // The grab came last: undo takes the grab back, and the update stays.
-        QTest::newRow("update, grab, undo") << u"type update:yes grab undo"_s << typed << QStringList() << QString();
-        QTest::newRow("new contact") << u"type new"_s << a << typed << QString();
-        QTest::newRow("new contact leaves the update undoable")
-            << u"type update:yes new"_s << typed << typed << u"Undo Update Corvalent Contacts"_s;
-    }
+    // An update answered No, then Yes, a new contact of the same boxes, and a grab undone: each writes what it
+    // should, and undo takes back the last of the update and the grab.
     void updateNewContactAndUndo()
     {
-        QFETCH(QString, steps);
-        QFETCH(QStringList, added);
-        QFETCH(QString, undoCaption);
         MainWindow& w = start();
         const qsizetype contacts = m->host.host.lookupIds().size();
-        for (const QString& step : steps.split(u' ')) {
-            if (step == u"type") {
-                for (int slot = 0; slot < kTyped.size(); ++slot)
-                    w.form().setText(slot, kTyped[slot]);
-            } else if (step.startsWith(u"update")) {
-                m->prompter->scriptAnswer(step.endsWith(u"yes") ? Prompter::Yes : Prompter::No);
-                QTest::mouseClick(m->widget<QPushButton>(u"cmdUpdateACT"_s), Qt::LeftButton);
-                const auto& asked = m->prompter->prompts().last();
-                QCOMPARE(u"%1 %2: %3"_s.arg(asked.style).arg(asked.caption, asked.text),
-                         u"292 App.title: Are you sure you want to update the current contact in "
-                         "Corvalent Contacts?"_s);
-            } else if (step == u"new") {
-                QTest::mouseClick(m->widget<QPushButton>(u"cmdNewContact"_s), Qt::LeftButton);
-            } else if (step == u"grab") {
-                grab(1, u"Grabbed Inc"_s);
-            } else if (step == u"undo") {
-                undo()->trigger();
-            }
-            QCoreApplication::sendPostedEvents(); // the contact manager's events, as they come in between
+        for (int slot = 0; slot < kTyped.size(); ++slot)
+            w.form().setText(slot, kTyped[slot]);
+        for (const auto answer : {Prompter::No, Prompter::Yes}) {
+            m->prompter->scriptAnswer(answer);
+            QTest::mouseClick(m->widget<QPushButton>(u"cmdUpdateACT"_s), Qt::LeftButton);
+            const auto& asked = m->prompter->prompts().last();
+            QCOMPARE(u"%1 %2: %3"_s.arg(asked.style).arg(asked.caption, asked.text),
+                     u"292 App.title: Are you sure you want to update the current contact in Corvalent Contacts?"_s);
+            QCOMPARE(contactRows(m->host.ids[0]), answer == Prompter::Yes ? kTyped : kOriginal.mid(0, 7));
+            QCOMPARE(undo()->isEnabled(), answer == Prompter::Yes);
         }
-        QTEST(contactRows(m->host.ids[0]), "contactA");
-        const QVector<qint64> lookup = m->host.host.lookupIds();
-        QCOMPARE(lookup.size(), added.isEmpty() ? contacts : contacts + 1);
-        if (!added.isEmpty())
-            QCOMPARE(contactRows(lookup.last()), added);
-        QCOMPARE(undo()->isEnabled(), !undoCaption.isEmpty());
-        if (!undoCaption.isEmpty())
-            QCOMPARE(undo()->text().remove(u'&'), undoCaption);
-        // After every write the contact manager was told to refresh, and its window is not left frozen.
-        if (steps.contains(u"yes") || steps.contains(u"new"))
-            QVERIFY(m->host.backend.calls.contains(u"Command"_s));
+        // After every write the contact manager is told to refresh, and its window is not left frozen.
+        QVERIFY(m->host.backend.calls.contains(u"Command"_s));
+        m->host.backend.calls.clear();
+        QTest::mouseClick(m->widget<QPushButton>(u"cmdNewContact"_s), Qt::LeftButton);
+        QCoreApplication::sendPostedEvents(); // the contact manager's events, as they come in between
+        QCOMPARE(m->host.host.lookupIds().size(), contacts + 1);
+        QCOMPARE(contactRows(m->host.host.lookupIds().last()), kTyped);
+        QVERIFY(m->host.backend.calls.contains(u"Command"_s));
         QVERIFY(!m->host.host.isWindowUpdateLocked());
+        QCOMPARE(undo()->text().remove(u'&'), u"Undo Update Corvalent Contacts"_s);
+        // The grab came last: undo takes the grab back, and the update stays.
+        grab(1, u"Grabbed Inc"_s);
+        undo()->trigger();
+        QCOMPARE(m->box(1)->text(), kTyped[1]);
+        QCOMPARE(contactRows(m->host.ids[0]), kTyped);
+        QVERIFY(!undo()->isEnabled());
     }
 
     void newContactWritesOnlyGrabbableRows()
@@ -238,16 +231,14 @@ private slots:
         m->type(0, u"Written First"_s);
         m->type(1, u"Never Written"_s);
         m->prompter->scriptAnswer(Prompter::Yes);
-        // Enough calls for the first row, then nothing answers. Its old text is the one the capture read, and
-        // whether it is a phone is known since then: writing it is its one call.
-        m->host.backend.calls.clear();
+        // Enough calls for the first row, then nothing answers: its old text is the one the capture read, and
+        // whether it is a phone is known since then, so writing it is its one call.
         m->host.backend.budget = 1;
         QTest::mouseClick(m->widget<QPushButton>(u"cmdUpdateACT"_s), Qt::LeftButton);
         QVERIFY(m->prompter->prompts().last().text.contains(u"in frmMain: Sub cmdUpdateACT_Click"_s));
         m->host.backend.budget = -1;
         QCOMPARE(contactRows(m->host.ids[0]).mid(0, 2), (QStringList{u"Written First"_s, kOriginal[1]}));
-        // The update did not finish: undo still does what it did before.
-        QVERIFY(!undo()->isEnabled());
+        QVERIFY(!undo()->isEnabled()); // the update did not finish: undo does what it did before
     }
 };
 
