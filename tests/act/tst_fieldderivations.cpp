@@ -61,14 +61,36 @@ private slots:
             QVERIFY(test::isErrorBox(m_prompter->prompts().at(i), u"Error "_s, u"frmMain: Function "_s + boxes[i]));
     }
 
-    // Field numbers are 16-bit: a slot that takes the home field past 32767 overflows.
-    void homeSlotOverflows()
+    // Contact A in the contact view, contact B at its row of the lookup; "" after an overflow (field numbers are
+    // 16-bit).
+    void addressSlot_data()
     {
-        m_fixture.session.useContactView(m_fixture.session.createView(ActSession::kCreateContactView));
-        QCOMPARE(GetHome(m_fixture.session, 32704, false), QString());
-        QCOMPARE(m_prompter->prompts().size(), 1);
-        QVERIFY(test::isErrorBox(m_prompter->prompts().first(), u"Error 6: 'Overflow'"_s,
-                                 u"frmMain: Function GetHome"_s));
+        QTest::addColumn<int>("slot");
+        QTest::addColumn<bool>("gridRow");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("home 5, grid row of another contact") << 5 << true << u"L6J 1A1"_s;
+        QTest::newRow("home, 16-bit overflow") << 32704 << false << u""_s;
+    }
+    void addressSlot()
+    {
+        QFETCH(int, slot);
+        QFETCH(bool, gridRow);
+        QFETCH(QString, expected);
+        ActSession& session = m_fixture.session;
+        if (gridRow) {
+            m_fixture.host.moveTo(m_fixture.ids[1]);
+            const AutomationPtr list = session.createView(ActSession::kCreateListView);
+            const AutomationPtr grid = session.getGrid(list);
+            session.useGrid(list, grid, session.currentRow(grid));
+        } else {
+            session.useContactView(session.createView(ActSession::kCreateContactView));
+        }
+        m_fixture.host.moveTo(m_fixture.ids[0]); // the grid row read above still names contact B
+        QCOMPARE(GetHome(session, qint16(slot), gridRow), expected);
+        QCOMPARE(m_prompter->prompts().size(), expected.isEmpty() ? 1 : 0);
+        if (expected.isEmpty())
+            QVERIFY(test::isErrorBox(m_prompter->prompts().first(), u"Error 6: 'Overflow'"_s,
+                                     u"frmMain: Function GetHome"_s));
     }
 
     void phoneList_data()

@@ -88,6 +88,14 @@ private slots:
         QString name;
         QCOMPARE(GetKeyValue(QStringLiteral("A"), QStringLiteral("k"), kDefault, {}, {}, name), QStringLiteral("home"));
         QCOMPARE(name, home);
+
+        const QString custom = m_files.add("[A]\r\nk=custom\r\n"); // set by the program, as corvalent-tool does
+        SetIniSettingsFile(custom);
+        name.clear();
+        QVERIFY(WriteKeyValue(QStringLiteral("A"), QStringLiteral("k"), QStringLiteral("new"), name));
+        SetIniSettingsFile(QString());
+        QCOMPARE(name, custom);
+        QCOMPARE(TestHome::read(custom), QByteArray("[A]\r\nk=new\r\n"));
     }
 
     // The reads of one request parse the file once, whether it is too recent to trust its time stamp or not.
