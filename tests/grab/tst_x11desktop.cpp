@@ -172,8 +172,11 @@ private slots:
             writeProperty(id, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, title.toLatin1());
         }
         QTRY_VERIFY_WITH_TIMEOUT(m_desktop->stackingFromTop().contains(id), kWindowMs);
-        if (kind.endsWith(u"HIDDEN")) // as window managers that keep minimised windows mapped say it
+        if (kind.endsWith(u"HIDDEN")) { // as window managers that keep minimised windows mapped say it
+            // Shown first, so that the state alone must hide it, not a map still under way.
+            QTRY_VERIFY_WITH_TIMEOUT(m_desktop->isVisible(id), kWindowMs);
             writeProperty(id, atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, stateBytes);
+        }
 
         QCOMPARE(m_desktop->title(id), title);
         QCOMPARE(m_desktop->programNames(id), programs);
