@@ -355,6 +355,7 @@ private slots:
     void notMaximisable()
     {
         MainWindow& w = m->start();
+        QVERIFY(!w.windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
         QVERIFY(w.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
         const QSize before = w.size();
         w.showMaximized();
