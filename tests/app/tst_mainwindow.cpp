@@ -192,8 +192,8 @@ private slots:
         QCOMPARE(values, (QStringList{QString::number(closedAt.x()), QString::number(closedAt.y()), u"1"_s, u"2"_s,
                                       u"37"_s}));
 
-        // The phone rows read the phone listed rather than one of their own. The button is stored and comes back as
-        // pressButton and startup show; the place comes back as placement shows.
+        // The button is stored and comes back as pressButton and startup show; the place comes back as placement
+        // shows. The restored phone is the one the phone rows read.
         m->windows.erase(m->windows.begin());
         m->start();
         QVERIFY(m->widget<QCheckBox>(u"chkClose"_s)->isChecked());
@@ -202,21 +202,25 @@ private slots:
         QCOMPARE(m->box(7)->text(), u"450"_s);
     }
 
-    // Every contact event reads every box anew, typed text or not, with one capture: four calls, each a round trip
-    // over the bus; start-up captures once too. The lookup change that adding a contact fires is not followed.
+    // Every contact event reads every box and the phone list anew, typed text or not, with one capture: four calls,
+    // each a round trip over the bus; start-up captures once too. The lookup change that adding a contact fires is
+    // not followed.
     void contactEvents_data()
     {
         QTest::addColumn<int>("action");
         QTest::addColumn<bool>("adding");
         QTest::addColumn<QStringList>("boxes");
+        QTest::addColumn<QString>("phone"); // the phone list's first entry
+        const QString phoneA = u"[Phone] (514) 555-0199"_s;
         QTest::newRow("contact edited") << int(EditContact) << false
-                                        << test::with(test::kBoxesA, 0, u"Jean-Paul Tremblay"_s);
+                                        << test::with(test::kBoxesA, 0, u"Jean-Paul Tremblay"_s) << phoneA;
         QTest::newRow("contact moved") << int(MoveContact) << false
                                        << QStringList{u"Anne Martin"_s, u"Beta Inc"_s, u"200 King St W"_s, u"Toronto"_s,
-                                                      u"ON"_s, u"M5H 1J9"_s, u"Canada"_s, {}, {}, {}};
-        QTest::newRow("lookup change") << int(AddContact) << false << QStringList(10);
+                                                      u"ON"_s, u"M5H 1J9"_s, u"Canada"_s, {}, {}, {}}
+                                       << u"[Phone] 01 23 45 67 89"_s;
+        QTest::newRow("lookup change") << int(AddContact) << false << QStringList(10) << u"[Phone]"_s;
         QTest::newRow("lookup change while adding")
-            << int(AddContact) << true << test::with(test::kBoxesA, 2, u"typed"_s);
+            << int(AddContact) << true << test::with(test::kBoxesA, 2, u"typed"_s) << phoneA;
     }
     void contactEvents()
     {
@@ -240,6 +244,7 @@ private slots:
             m->host.host.addNewContact();
         QTRY_COMPARE(edited.count() + moved.count() + lookup.count(), 1);
         QTEST(m->boxes(), "boxes");
+        QTEST(m->widget<QComboBox>(u"cboPhone"_s)->itemText(0), "phone");
         const QStringList capture{u"GetActive"_s, u"Type"_s, u"Create"_s, u"GetFields"_s};
         QCOMPARE(backend.calls, adding ? QStringList() : capture);
     }
