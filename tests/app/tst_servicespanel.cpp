@@ -144,6 +144,17 @@ private slots:
         QCOMPARE(w.currentServiceFile(), m->serviceFile(fileName));
     }
 
+    // With Custom restored and no phone stored, the phone rows read the phone the list then shows (the home phone),
+    // not the mobile phone they read while there is no list.
+    void startupCustomReadsTheListedPhone()
+    {
+        SaveSetting(u"Option"_s, u"2"_s);
+        SaveSetting(u"Pressed"_s, u"2"_s); // Area code lookup: the area code of the phone listed in row 7
+        m->start();
+        QCOMPARE(m->widget<QComboBox>(u"cboPhone"_s)->currentData().toInt(), 37);
+        QCOMPARE(m->box(7)->text(), u"450"_s);
+    }
+
     // The phone list shows the phone the phone row reads. Choosing Home shows the home address at once, and a phone
     // picked in the list shows in the phone row and counts as choosing Custom; what was typed in the other rows
     // stays. Each service comes back with the address option last chosen for it.

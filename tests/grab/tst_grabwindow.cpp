@@ -8,6 +8,7 @@
 
 #include <QAction>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPointer>
 
 using namespace corvalent;
@@ -124,6 +125,9 @@ private slots:
         auto* next = parser->findChild<QPushButton*>(u"cmdUp"_s);
         auto* previous = parser->findChild<QPushButton*>(u"cmdDown"_s);
         QCOMPARE(current->text(), u"John Smith"_s);
+        // The lines still to come, as grabbed: the blank line and the final line end too.
+        QCOMPARE(parser->findChild<QPlainTextEdit*>(u"txtGrabbed"_s)->toPlainText(),
+                 u"\n--- Acme Ltd\n1500 Main Street, Springfield\n\n"_s);
         QVERIFY(next->isEnabled() && !previous->isEnabled());
         // Ctrl+1 is the first box's Grab, also while the collector is open.
         QTest::keyClick(&w, Qt::Key_1, Qt::ControlModifier);

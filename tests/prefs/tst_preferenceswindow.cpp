@@ -116,6 +116,8 @@ private slots:
         m->prompter->scriptFileName(chosen);
         QTest::mouseClick(control<QPushButton>(w, u"cmdBrowse"_s), Qt::LeftButton);
         QCOMPARE(GetSetting(key, u"<none>"_s), stored);
+        if (key == u"PresetsDir" && !errorBox) // the services are read from the chosen folder from now on
+            QCOMPARE(PresetsDir(), stored);
         QCOMPARE(m->prompter->prompts().size(), errorBox ? 2 : 1); // the file dialog, and the error box
         if (!errorBox)
             QCOMPARE(control<QLineEdit>(w, u"txtPath"_s)->text(), QDir::toNativeSeparators(stored));

@@ -62,6 +62,14 @@ private slots:
                 u"OpenStreetMap address|0=Jean|1=Acme|2=1500 Rue Peel|3=Montréal|4=QC|5=H3A 1S9|6=canada"_s,
                 "http://nominatim.openstreetmap.org/ui/search.html?street=1500%20Rue%20Peel&city=Montr%C3%A9al"
                 "&state=QC&postalcode=H3A%201S9&country=CA\n");
+        request("OpenCorporates", u"OpenCorporates|1=Café Müller"_s,
+                "http://opencorporates.com/companies?q=Caf%C3%A9%20M%C3%BCller\n");
+        request("UK Companies House", u"UK Companies House|1=Tesco PLC|6=UK"_s,
+                "http://find-and-update.company-information.service.gov.uk/search/companies?q=Tesco%20PLC\n");
+        request("Area code lookup", u"Area code lookup|0=Jean|7=514|8=555"_s,
+                "http://www.localcallingguide.com/lca_prefix.php?npa=514&nxx=555\n");
+        request("Phone web search", u"Phone web search|7=(514) 555-0199"_s,
+                "http://www.google.com/search?q=%28514%29%20555-0199\n");
         // By its display name; its country file is not there, and the POST page never needs it.
         request("postal page", u"Postal 2.1|1=España|3=Montréal|6=Canada"_s,
                 test::postPage("<input type=text name=company value=Espa\xf1" "a>\r\n"
