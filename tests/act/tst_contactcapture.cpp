@@ -101,6 +101,9 @@ private slots:
             << "" << none << u"Base=1|F7=888|PhFormat7=1,2,3"_s << 2 << 0 << with(none, {u"7=514"_s})
             << "GGGGGGG-GG" << 1;
 
+        QTest::newRow("a phone field by its code: the number as the view shows it")
+            << "" << none << u"Base=2|F3=35"_s << 0 << 0 << with(none, {u"3=(514) 555-0199"_s}) << kAllGrab << 1;
+
         const QStringList typed{u"0=Typed name"_s, u"2=Typed street"_s, u"9=Typed nine"_s};
         QTest::newRow("another service keeps typed text of the same codes")
             << kDefaults << typed << u"F0=26|F1=80|F2=27|F3=30|F4=31|F5=32|F6=33|F7=0|F8=0|F9=26"_s << 0 << 0
